@@ -1,0 +1,9 @@
+# Warnings and the arithmetic that every build shares: SSE2 and no contraction of multiply and add, so
+# that the same source gives the same bytes everywhere.
+add_library(tavrix_options INTERFACE)
+target_compile_options(tavrix_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+  -msse2 -mfpmath=sse -ffp-contract=off -fno-fast-math)
+if(TAVRIX_WERROR)
+  target_compile_options(tavrix_options INTERFACE -Werror)
+endif()

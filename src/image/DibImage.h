@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "image/DibLayout.h"
+#include "tavrix/tavrix.h"
+
+namespace tavrix {
+
+// One packed device-independent bitmap in global memory (layout: tavrix.h). The wrapper either borrows a
+// host's block, locking it while it lives, or owns a block of its own. Rows are never flipped: y is the
+// index of the stored row.
+class DibImage {
+  public:
+    DibImage() = default;                      // empty; Create follows
+    explicit DibImage(const HGLOBAL& handle);  // borrows and locks a host's block
+    DibImage(BITMAPINFOHEADER* header, RGBQUAD* palette, std::uint8_t* bits);  // borrows, locks nothing
+    // A blank image of another image's format: its header and colour table, pixels zero (black). `bits` is
+    // null when memory runs out.
+    explicit DibImage(const DibImage* other);
+    virtual ~DibImage();
+    DibImage(const DibImage&) = delete;
+    DibImage& operator=(const DibImage&) = delete;
+
+    // Allocates a zeroed block; false when that fails. Resolutions are in dots per inch, stored times 254.
+    bool Create(int width, int height, int bitCount, double xResolution, double yResolution);
+    // The same at 400 dots per inch and with a colour table.
+    bool Create(int width, int height, int bitCount);
+    // Black and white for 2 entries, the gray ramp for 256, else nothing.
+    void InitPalette();
+
+    bool Is1Bit() const { return header->biBitCount == 1; }
+    bool Is24Bit() const { return header->biBitCount == 24; }
+    int Width() const { return static_cast<int>(header->biWidth); }
+    int Height() const { return static_cast<int>(header->biHeight); }
+    unsigned RowBytes() const {
+        return static_cast<unsigned>(RowBytesOf(header->biBitCount, header->biWidth));
+    }
+    std::uint8_t* Row(int y) { return bits + static_cast<std::size_t>(RowBytes()) * y; }
+    const std::uint8_t* Row(int y) const { return bits + static_cast<std::size_t>(RowBytes()) * y; }
+
+    // Single pixels, for the odd access; loops work on rows. x counts bytes in 24-bit images. Outside the
+    // image a 1-bit pixel reads 1 (white), any other 0; writes there are dropped.
+    int GetPixel(int x, int y) const;
+    bool SetPixel(int x, int y, int value);
+    bool SetBit(int x, int y, int on);  // 1-bit images only
+
+    bool Lock();
+    void Detach();   // forgets header and bits without unlocking
+    bool Release();  // unlocks a host's block or frees an own one; true in every case
+
+    // Copies for the host: one new movable block, left locked once. False, with the target left alone,
+    // when memory runs out.
+    bool ExportToRecord(DibRecord* record) const;
+    bool ExportToHandle(HGLOBAL* handle) const;
+    // A 1-bit copy: of this 1-bit image, or (needsPacking) of this 8-bit one with nonzero pixels white.
+    bool ExportOneBit(DibRecord* record, bool needsPacking) const;
+
+    // Turns this 8-bit image into a 1-bit one inside its block. The source has this image's 8-bit row
+    // length and may not overlap it; values above 1 become white.
+    bool PackToOneBit(const std::uint8_t* source);
+    bool PackToOneBit(const DibImage& source) { return PackToOneBit(source.bits); }
+    bool CopyBitsFrom(const DibImage& source);
+    // Fills an 8-bit image of the same size from this 24-bit one: trunc(0.299 R + 0.587 G + 0.114 B + 0.5).
+    bool ConvertToGray(DibImage& gray) const;
+    // Writes a Windows bitmap file. False when the file cannot be made (silently) or written (message).
+    bool WriteBmp(const char* path) const;
+
+    BITMAPINFOHEADER* header = nullptr;
+    RGBQUAD* palette = nullptr;
+    std::uint8_t* bits = nullptr;
+    HGLOBAL handle = nullptr;
+    bool ownsHandle = true;
+
+  private:
+    void PointInto(void* block);
+};
+
+}  // namespace tavrix

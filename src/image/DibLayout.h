@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// Sizes of a packed device-independent bitmap. Arithmetic is in 64 bits; the sides that the library
+// works on are at most kMaxSide pixels.
+namespace tavrix {
+
+inline constexpr std::int32_t kMaxSide = 32767;
+inline constexpr std::size_t kHeaderBytes = 40;
+
+// Bytes of one row: whole 32-bit words.
+constexpr std::size_t RowBytesOf(unsigned bitCount, std::int64_t width) {
+    return static_cast<std::size_t>((bitCount * width + 31) / 8 & ~std::int64_t{3});
+}
+
+// Entries of a full colour table: none for 24 bits.
+constexpr std::uint32_t ColourCountOf(unsigned bitCount) {
+    return bitCount <= 8 ? 1u << bitCount : 0;
+}
+
+constexpr std::size_t TableBytesOf(unsigned bitCount) {
+    return 4 * std::size_t{ColourCountOf(bitCount)};
+}
+
+}  // namespace tavrix

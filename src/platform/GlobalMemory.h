@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+
+#include "tavrix/tavrix.h"
+
+// Global memory, where images and node blocks live: the system's own on Windows, ours elsewhere.
+// All blocks are zeroed. Handles and addresses that name no block give null, 0 or nothing.
+namespace tavrix::platform {
+
+HGLOBAL AllocMovable(std::size_t bytes);  // GHND
+HGLOBAL AllocFixed(std::size_t bytes);    // GPTR: the handle is the address
+void* Lock(HGLOBAL handle);
+void Unlock(HGLOBAL handle);
+void Free(HGLOBAL handle);
+HGLOBAL HandleOf(const void* address);
+std::size_t SizeOf(HGLOBAL handle);
+
+}  // namespace tavrix::platform
