@@ -4,6 +4,10 @@ add_library(tavrix_options INTERFACE)
 target_compile_options(tavrix_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
   -msse2 -mfpmath=sse -ffp-contract=off -fno-fast-math)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # 32-bit hosts align their stacks to 4 bytes only.
+  target_compile_options(tavrix_options INTERFACE -mstackrealign)
+endif()
 if(TAVRIX_WERROR)
   target_compile_options(tavrix_options INTERFACE -Werror)
 endif()

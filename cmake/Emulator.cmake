@@ -1,0 +1,21 @@
+# How programs of a cross build run: CMAKE_CROSSCOMPILING_EMULATOR for 32-bit Linux, TAVRIX_RUN32 for
+# Windows.
+if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+  set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/probe32)
+  file(WRITE ${probe}.c "int main(void) { return 0; }\n")
+  try_compile(built ${probe} SOURCES ${probe}.c COPY_FILE ${probe})
+  execute_process(COMMAND ${probe} RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
+  if(NOT result EQUAL 0)
+    # The kernel cannot run 32-bit programs.
+    find_program(TAVRIX_QEMU qemu-i386 REQUIRED)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVRIX_QEMU} -cpu max)
+  endif()
+endif()
+
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+  # Called as run32.sh [-d DIR] FOLDER PROGRAM.exe; DIR becomes drive d:.
+  find_file(TAVRIX_RUN32 run32.sh HINTS $ENV{TAVRIX_RUN32_DIR}
+    PATHS ${PROJECT_SOURCE_DIR}/../shared/windows NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH
+    DOC "Script that runs 32-bit Windows programs")
+  find_program(TAVRIX_WINE NAMES wine wine32 DOC "Runs Windows programs where TAVRIX_RUN32 is not set")
+endif()

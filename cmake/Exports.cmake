@@ -1,0 +1,48 @@
+# The exported functions, from src/api/exports.txt: TAVRIX_EXPORTS (names) and TAVRIX_EXPORT_BYTES
+# (argument bytes, in the same order).
+set(TAVRIX_EXPORT_LIST ${PROJECT_SOURCE_DIR}/src/api/exports.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${TAVRIX_EXPORT_LIST})
+file(STRINGS ${TAVRIX_EXPORT_LIST} lines REGEX "^[A-Za-z]")
+set(TAVRIX_EXPORTS "")
+set(TAVRIX_EXPORT_BYTES "")
+foreach(line IN LISTS lines)
+  if(NOT line MATCHES "^([A-Za-z0-9_]+) ([0-9]+)$")
+    message(FATAL_ERROR "${TAVRIX_EXPORT_LIST}: cannot read \"${line}\"")
+  endif()
+  list(APPEND TAVRIX_EXPORTS ${CMAKE_MATCH_1})
+  list(APPEND TAVRIX_EXPORT_BYTES ${CMAKE_MATCH_2})
+endforeach()
+
+# What the Linux library exports beside them.
+set(TAVRIX_PLATFORM_EXPORTS
+  GlobalAlloc GlobalFlags GlobalFree GlobalHandle GlobalLock GlobalSize GlobalUnlock TavrixSetMessageHandler)
+
+# Linux: only the listed names leave the library.
+function(tavrix_export_with_version_script target)
+  set(script ${CMAKE_CURRENT_BINARY_DIR}/tavrix.map)
+  list(JOIN TAVRIX_EXPORTS ";\n    " names)
+  list(JOIN TAVRIX_PLATFORM_EXPORTS ";\n    " platformNames)
+  file(CONFIGURE OUTPUT ${script} @ONLY CONTENT
+    "{\n  global:\n    @names@;\n    @platformNames@;\n  local:\n    *;\n};\n")
+  target_link_options(${target} PRIVATE -Wl,--version-script=${script})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
+endfunction()
+
+# 32-bit Windows: exports plain names for the decorated ones, so that a list that disagrees with the code
+# does not link. The linker's import library would miss the decorated names that callers are compiled to;
+# one that maps them to the plain names takes its place.
+function(tavrix_export_with_definition_file target)
+  set(plain "")
+  set(decorated "")
+  foreach(name bytes IN ZIP_LISTS TAVRIX_EXPORTS TAVRIX_EXPORT_BYTES)
+    string(APPEND plain "    ${name} = ${name}@${bytes}\n")
+    string(APPEND decorated "    ${name}@${bytes}\n")
+  endforeach()
+  set(definition ${CMAKE_CURRENT_BINARY_DIR}/Tavrix.def)
+  set(importDefinition ${CMAKE_CURRENT_BINARY_DIR}/TavrixImport.def)
+  file(CONFIGURE OUTPUT ${definition} @ONLY CONTENT "LIBRARY Tavrix.dll\nEXPORTS\n@plain@")
+  file(CONFIGURE OUTPUT ${importDefinition} @ONLY CONTENT "LIBRARY Tavrix.dll\nEXPORTS\n@decorated@")
+  target_sources(${target} PRIVATE ${definition})
+  add_custom_command(TARGET ${target} POST_BUILD COMMAND ${CMAKE_DLLTOOL} --kill-at
+    --input-def ${importDefinition} --output-lib $<TARGET_LINKER_FILE:${target}> VERBATIM)
+endfunction()

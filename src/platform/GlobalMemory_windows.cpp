@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#include "platform/GlobalMemory.h"
+
+namespace tavrix::platform {
+
+HGLOBAL AllocMovable(std::size_t bytes) {
+    return GlobalAlloc(GHND, bytes);
+}
+HGLOBAL AllocFixed(std::size_t bytes) {
+    return GlobalAlloc(GPTR, bytes);
+}
+void* Lock(HGLOBAL handle) {
+    return GlobalLock(handle);
+}
+void Unlock(HGLOBAL handle) {
+    GlobalUnlock(handle);
+}
+void Free(HGLOBAL handle) {
+    GlobalFree(handle);
+}
+HGLOBAL HandleOf(const void* address) {
+    return GlobalHandle(address);
+}
+std::size_t SizeOf(HGLOBAL handle) {
+    return GlobalSize(handle);
+}
+
+}  // namespace tavrix::platform
