@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+
+#include "platform/CpuFeatures.h"
+
+// Row kernels of the page measurements and region passes. Rows are of `count` bytes; kernels that look
+// at neighbours also read the byte before the first and after the last one of each row.
+#define TAVRIX_PAGE_KERNELS                                                                                  \
+    /* Sobel gradient magnitude, truncated and limited to 255. */                                            \
+    void SobelRow(const std::uint8_t* before, const std::uint8_t* row, const std::uint8_t* after, int count, \
+                  std::uint8_t* target);                                                                     \
+    /* Mean of 3 x 3 bytes, rounded down. */                                                                 \
+    void MeanRow(const std::uint8_t* before, const std::uint8_t* row, const std::uint8_t* after, int count,  \
+                 std::uint8_t* target);                                                                      \
+    /* products[centre] less the eight neighbours, limited to 0..255. products[c] is c times the sharpening  \
+     * factor, truncated. */                                                                                 \
+    void SharpenRow(const std::uint8_t* before, const std::uint8_t* row, const std::uint8_t* after,          \
+                    int count, const std::int16_t* products, std::uint8_t* target);                          \
+    /* Bytes of at least threshold. */                                                                       \
+    int CountFrom(const std::uint8_t* row, int count, int threshold);                                        \
+    /* 255 up to limit (-1 to 255), else 0. The target may be the row. */                                    \
+    void MaskUpTo(const std::uint8_t* row, int count, int limit, std::uint8_t* target);                      \
+    /* The opposite. */                                                                                      \
+    void MaskAbove(const std::uint8_t* row, int count, int limit, std::uint8_t* target);                     \
+    /* Zero bytes whose right neighbour and three neighbours in the row after are not zero. */               \
+    int CountTips(const std::uint8_t* row, const std::uint8_t* after, int count);                            \
+    /* Bytes below threshold (0 to 256) become 0 in the target, others 255 where force is set or the target  \
+     * is not 0. Adds to the counts of each. The target may be the row. */                                   \
+    void ThresholdRow(const std::uint8_t* row, int count, int threshold, bool force, std::uint8_t* target,   \
+                      std::int64_t* dark, std::int64_t* light);                                              \
+    /* 0 where both are 0, else 255. */                                                                      \
+    void MergeRow(std::uint8_t* target, const std::uint8_t* other, int count);                               \
+    /* 0 becomes 1, 255 becomes 254. */                                                                      \
+    void MarkRow(std::uint8_t* row, int count);
+
+namespace tavrix::baseline {
+TAVRIX_PAGE_KERNELS
+}
+namespace tavrix::avx2 {
+TAVRIX_PAGE_KERNELS
+}
+#undef TAVRIX_PAGE_KERNELS
