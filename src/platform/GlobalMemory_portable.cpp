@@ -8,6 +8,12 @@
 
 #include "platform/GlobalMemory.h"
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(start, bytes) static_cast<void>(start)
+#endif
+
 namespace {
 
 // A block's data starts at a multiple of kAlignment. The handle of a fixed block is that address, the
@@ -31,7 +37,9 @@ struct Shard {
 
 Shard& ShardOf(std::uintptr_t data) {
     // Never destroyed: hosts may free blocks while the process ends.
-    static auto& shards = *new std::array<Shard, 32>;
+    using Shards = std::array<Shard, 32>;
+    alignas(Shards) static unsigned char storage[sizeof(Shards)];
+    static auto& shards = *new (storage) Shards;
     return shards[(data / kAlignment * 0x9E3779B1u >> 16) % shards.size()];
 }
 
@@ -62,6 +70,10 @@ HGLOBAL GlobalAlloc(unsigned flags, std::size_t bytes) try {
     if (memory == nullptr) return nullptr;
     const auto start = reinterpret_cast<std::uintptr_t>(memory) + kHandleOffset;
     const std::uintptr_t data = (start + kAlignment - 1) / kAlignment * kAlignment;
+    // The sanitizer knows calloc's block, which is larger than the host's.
+    ASAN_POISON_MEMORY_REGION(memory, data - reinterpret_cast<std::uintptr_t>(memory));
+    ASAN_POISON_MEMORY_REGION(reinterpret_cast<char*>(data) + bytes,
+                              reinterpret_cast<std::uintptr_t>(memory) + kAlignment + kHandleOffset - data);
     const bool movable = (flags & GMEM_MOVEABLE) != 0;
     Shard& shard = ShardOf(data);
     try {

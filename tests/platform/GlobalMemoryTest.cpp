@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "tavrix/global_memory.h"
+
+namespace tavrix {
+namespace {
+
+class GlobalMemory : public testing::TestWithParam<unsigned> {};
+
+TEST_P(GlobalMemory, GivesZeroedBlocksThatAreFoundByAddress) {
+    for (const std::size_t bytes : {0, 1, 15, 16, 17, 64, 1000, 1 << 20}) {
+        const HGLOBAL handle = GlobalAlloc(GetParam(), bytes);
+        ASSERT_NE(handle, nullptr) << bytes;
+        auto* data = static_cast<std::uint8_t*>(GlobalLock(handle));
+        ASSERT_NE(data, nullptr);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 16, 0u);
+        EXPECT_TRUE(std::all_of(data, data + bytes, [](std::uint8_t byte) { return byte == 0; }));
+        std::memset(data, 0xFF, bytes);
+        EXPECT_EQ(GlobalHandle(data), handle);
+        EXPECT_EQ(GlobalSize(handle), bytes);
+        EXPECT_EQ(GlobalHandle(data + 1), nullptr);
+        EXPECT_EQ(GlobalFree(handle), nullptr);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, GlobalMemory, testing::Values(GHND, GPTR, GMEM_MOVEABLE, GMEM_FIXED));
+
+TEST(GlobalMemory, CountsLocksOfMovableBlocks) {
+    const HGLOBAL handle = GlobalAlloc(GHND, 10);
+    void* data = GlobalLock(handle);
+    EXPECT_NE(data, handle);
+    EXPECT_EQ(GlobalLock(handle), data);
+    EXPECT_EQ(GlobalFlags(handle), 2u);
+    EXPECT_EQ(GlobalUnlock(handle), 1);
+    EXPECT_EQ(GlobalUnlock(handle), 0);
+    EXPECT_EQ(GlobalUnlock(handle), 0);  // one too many
+    EXPECT_EQ(GlobalFlags(handle), 0u);
+    EXPECT_EQ(GlobalLock(handle), data);  // never moves
+    for (int i = 0; i < 300; ++i) GlobalLock(handle);
+    EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_LOCKCOUNT});
+    EXPECT_EQ(GlobalFree(handle), nullptr);  // locked or not
+}
+
+TEST(GlobalMemory, DoesNotCountLocksOfFixedBlocks) {
+    const HGLOBAL handle = GlobalAlloc(GPTR, 10);
+    EXPECT_EQ(GlobalLock(handle), handle);
+    EXPECT_EQ(GlobalFlags(handle), 0u);
+    EXPECT_EQ(GlobalUnlock(handle), 1);
+    EXPECT_EQ(GlobalFree(handle), nullptr);
+}
+
+TEST(GlobalMemory, RefusesWhatIsNoHandle) {
+    const HGLOBAL movable = GlobalAlloc(GHND, 10), fixed = GlobalAlloc(GPTR, 10),
+                  stale = GlobalAlloc(GHND, 10);
+    void* data = GlobalLock(movable);
+    GlobalFree(stale);
+    std::vector<char> foreign(100);
+    const std::vector<void*> noHandles = {nullptr,
+                                          stale,
+                                          data,  // of a movable block
+                                          static_cast<char*>(fixed) - 16,
+                                          static_cast<char*>(fixed) + 1,
+                                          foreign.data(),
+                                          reinterpret_cast<void*>(64),
+                                          reinterpret_cast<void*>(UINTPTR_MAX)};
+    for (void* handle : noHandles) {
+        SCOPED_TRACE(handle);
+        EXPECT_EQ(GlobalLock(handle), nullptr);
+        EXPECT_EQ(GlobalUnlock(handle), 0);
+        EXPECT_EQ(GlobalSize(handle), 0u);
+        EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_INVALID_HANDLE});
+        EXPECT_EQ(GlobalFree(handle), handle);
+    }
+    for (const void* address :
+         {static_cast<void*>(nullptr), stale, static_cast<void*>(foreign.data()), movable}) {
+        EXPECT_EQ(GlobalHandle(address), nullptr);
+    }
+    EXPECT_EQ(GlobalFlags(movable), 1u);
+    GlobalFree(movable);
+    GlobalFree(fixed);
+    EXPECT_EQ(GlobalAlloc(GHND, SIZE_MAX), nullptr);
+}
+
+TEST(GlobalMemory, ServesThreads) {
+    std::vector<std::thread> threads;
+    for (unsigned seed = 0; seed < 4; ++seed) {
+        threads.emplace_back([seed] {
+            std::vector<HGLOBAL> held;
+            for (unsigned i = 0; i < 2000; ++i) {
+                held.push_back(GlobalAlloc(i % 2 != 0 ? GHND : GPTR, 40));
+                auto* data = static_cast<unsigned*>(GlobalLock(held.back()));
+                *data = seed * 10000 + i;
+                EXPECT_EQ(GlobalHandle(data), held.back());
+                if (i % 3 == 0) {
+                    EXPECT_EQ(*static_cast<unsigned*>(GlobalLock(held.front())),
+                              seed * 10000 + i - (held.size() - 1));
+                }
+                if (held.size() == 50) {
+                    for (const HGLOBAL handle : held) EXPECT_EQ(GlobalFree(handle), nullptr);
+                    held.clear();
+                }
+            }
+            for (const HGLOBAL handle : held) GlobalFree(handle);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace tavrix
