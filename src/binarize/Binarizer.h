@@ -46,6 +46,9 @@ class Binarizer {
 
   protected:
     Binarizer() = default;
+
+    // Every pixel below the threshold black, the others white.
+    void BlackenBelow(std::int32_t threshold);
 };
 
 }  // namespace tavrix
