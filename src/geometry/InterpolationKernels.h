@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+
+#include "platform/CpuFeatures.h"
+
+namespace tavrix {
+
+// Where the pixels of one row of a turned picture lie in the source. Positions are double and evaluated
+// in exactly this order: a step along the row, another order or another precision would move pixels.
+struct TurnedRow {
+    double sine;
+    double cosine;
+    double centre;  // column about which the result turns
+    double a;       // row terms, truncated to whole pixels
+    double b;
+    double halfWidth;
+    double halfHeight;
+
+    [[gnu::always_inline]] double SourceX(int x) const { return (x - centre) * cosine + a + halfWidth; }
+    [[gnu::always_inline]] double SourceY(int x) const { return b - (x - centre) * sine + halfHeight; }
+};
+
+}  // namespace tavrix
+
+// Bilinear interpolation of the columns first .. last - 1 of a turned row, in double, truncated. No bounds
+// are tested: pixels lie in the source, at least two rows below its end.
+#define TAVRIX_INTERPOLATION_KERNELS                                                                \
+    void InterpolateGray(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes,  \
+                         int first, int last, std::uint8_t* target);                                \
+    void InterpolateColor(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes, \
+                          int first, int last, std::uint8_t* target);
+
+namespace tavrix::baseline {
+TAVRIX_INTERPOLATION_KERNELS
+}
+namespace tavrix::avx2 {
+TAVRIX_INTERPOLATION_KERNELS
+}
+#undef TAVRIX_INTERPOLATION_KERNELS

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+#include "geometry/TurnKernels.h"
+
+#include <immintrin.h>
+
+#include <cstring>
+
+#include "image/DibLayout.h"
+
+namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace {
+
+constexpr int kStrip = 16;  // bytes of a row that one transposition takes
+
+// One vector holds strips of one row, or of two rows 16 apart; after a transposition, a byte of each row.
+#ifdef __AVX2__
+using Vector = __m256i;
+using RowBits = std::uint32_t;
+Vector Load(const std::uint8_t* const* rows) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[0]))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[16])), 1);
+}
+Vector Low(Vector a, Vector b) {
+    return _mm256_unpacklo_epi8(a, b);
+}
+Vector High(Vector a, Vector b) {
+    return _mm256_unpackhi_epi8(a, b);
+}
+Vector Double(Vector a) {
+    return _mm256_add_epi8(a, a);
+}
+RowBits TopBits(Vector a) {
+    return static_cast<RowBits>(_mm256_movemask_epi8(a));
+}
+void Store(std::uint8_t* to, Vector a) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), a);
+}
+#else
+using Vector = __m128i;
+using RowBits = std::uint16_t;
+Vector Load(const std::uint8_t* const* rows) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[0]));
+}
+Vector Low(Vector a, Vector b) {
+    return _mm_unpacklo_epi8(a, b);
+}
+Vector High(Vector a, Vector b) {
+    return _mm_unpackhi_epi8(a, b);
+}
+Vector Double(Vector a) {
+    return _mm_add_epi8(a, a);
+}
+RowBits TopBits(Vector a) {
+    return static_cast<RowBits>(_mm_movemask_epi8(a));
+}
+void Store(std::uint8_t* to, Vector a) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), a);
+}
+#endif
+constexpr int kRows = 8 * sizeof(RowBits);
+
+// Transposes the bytes of 16 x 16 squares: afterwards vector i holds byte i of every row. Interleaving
+// vector i with vector i + 8, four times over, moves every byte to its place.
+void TransposeSquares(Vector v[kStrip]) {
+    Vector w[kStrip];
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 8; ++i) {
+            w[2 * i] = Low(v[i], v[i + 8]);
+            w[2 * i + 1] = High(v[i], v[i + 8]);
+        }
+        for (int i = 0; i < 8; ++i) {
+            v[2 * i] = Low(w[i], w[i + 8]);
+            v[2 * i + 1] = High(w[i], w[i + 8]);
+        }
+    }
+}
+
+// kStrip columns of kRows rows.
+void TransposeTile(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* target,
+                   std::ptrdiff_t targetStride) {
+    const std::uint8_t* rows[kRows];
+    for (int i = 0; i < kRows; ++i) rows[i] = source + sourceStride * i;
+    Vector v[kStrip];
+    for (int i = 0; i < kStrip; ++i) v[i] = Load(rows + i);
+    TransposeSquares(v);
+    for (int i = 0; i < kStrip; ++i) Store(target + targetStride * i, v[i]);
+}
+
+std::uint8_t Reversed(std::uint8_t byte) {
+    unsigned b = byte;
+    b = (b >> 4 & 0x0Fu) | (b << 4 & 0xF0u);
+    b = (b >> 2 & 0x33u) | (b << 2 & 0xCCu);
+    b = (b >> 1 & 0x55u) | (b << 1 & 0xAAu);
+    return static_cast<std::uint8_t>(b);
+}
+
+}  // namespace
+
+void CopyBits(const std::uint8_t* source, int first, int count, std::uint8_t* target) {
+    const std::uint8_t* from = source + first / 8;
+    const int shift = first % 8;
+    const int last = (count - 1) / 8;  // index of the last target byte
+    if (shift == 0) {
+        std::memcpy(target, from, static_cast<std::size_t>(last) + 1);
+    } else {
+        for (int i = 0; i < last; ++i) {
+            target[i] = static_cast<std::uint8_t>((from[i] << 8 | from[i + 1]) >> (8 - shift));
+        }
+        const bool hasNext = shift + count > 8 * (last + 1);
+        target[last] =
+            static_cast<std::uint8_t>((from[last] << 8 | (hasNext ? from[last + 1] : 0)) >> (8 - shift));
+    }
+    if (count % 8 != 0) target[last] = static_cast<std::uint8_t>(target[last] & 0xFF00 >> count % 8);
+}
+
+void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t* target) {
+    std::uint8_t reversed[kMaxSide / 8 + 2];
+    const int firstByte = first / 8, lastByte = (first + count - 1) / 8;
+    const int bytes = lastByte - firstByte + 1;
+    for (int i = 0; i < bytes; ++i) reversed[i] = Reversed(source[lastByte - i]);
+    CopyBits(reversed, 7 - (first + count - 1) % 8, count, target);
+}
+
+void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
+                   std::uint8_t* target, std::ptrdiff_t targetStride) {
+    static constexpr std::uint8_t kBlank[kStrip] = {};
+    std::uint8_t padded[kRows][kStrip] = {};
+    for (int y0 = 0; y0 < height; y0 += kRows) {
+        for (int x0 = 0; x0 < width; x0 += 8 * kStrip) {
+            const int columns = width - x0 < 8 * kStrip ? width - x0 : 8 * kStrip;
+            const int bytes = (columns + 7) / 8;
+            // The top bits of a vector give a number whose lowest bit is lane 0, while the first of eight
+            // rows belongs in the highest bit of a byte.
+            const std::uint8_t* rows[kRows];
+            for (int i = 0; i < kRows; ++i) {
+                const int y = y0 + (i ^ 7);
+                rows[i] = y < height ? source + sourceStride * y + x0 / 8 : kBlank;
+                if (bytes < kStrip && y < height) {
+                    std::memcpy(padded[i], rows[i], static_cast<std::size_t>(bytes));
+                    rows[i] = padded[i];
+                }
+            }
+            Vector v[kStrip];
+            for (int i = 0; i < kStrip; ++i) v[i] = Load(rows + i);
+            TransposeSquares(v);
+            std::uint8_t* to = target + targetStride * x0 + y0 / 8;
+            for (int byte = 0; byte < bytes; ++byte) {
+                const int bits = columns - 8 * byte < 8 ? columns - 8 * byte : 8;
+                Vector column = v[byte];
+                for (int bit = 0; bit < bits; ++bit) {
+                    const RowBits word = TopBits(column);
+                    std::memcpy(to, &word, sizeof word);
+                    to += targetStride;
+                    column = Double(column);
+                }
+            }
+        }
+    }
+    // A last half word that no row reached.
+    const int written = (height + kRows - 1) / kRows * kRows;
+    const int whole = (height + 31) / 32 * 32;
+    for (int x = 0; x < width && written < whole; ++x) {
+        std::memset(target + targetStride * x + written / 8, 0,
+                    static_cast<std::size_t>(whole - written) / 8);
+    }
+}
+
+void TransposeBytes(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
+                    std::uint8_t* target, std::ptrdiff_t targetStride) {
+    if (width < kStrip || height < kRows) {
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) target[targetStride * x + y] = source[sourceStride * y + x];
+        }
+        return;
+    }
+    // Squares of whole cache lines; the last tile of a row or column overlaps the one before.
+    constexpr int kSquare = 64;
+    for (int top = 0; top < height; top += kSquare) {
+        for (int left = 0; left < width; left += kSquare) {
+            for (int row = top; row < top + kSquare && row < height; row += kRows) {
+                const int y = row < height - kRows ? row : height - kRows;
+                for (int column = left; column < left + kSquare && column < width; column += kStrip) {
+                    const int x = column < width - kStrip ? column : width - kStrip;
+                    TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
+                                  targetStride);
+                }
+            }
+        }
+    }
+}
+
+}  // namespace tavrix::TAVRIX_KERNEL_TARGET
