@@ -2,6 +2,7 @@
 #include <new>
 
 #include "binarize/BernsenBinarizer.h"
+#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/GradientBinarizer.h"
 #include "binarize/IsodataBinarizer.h"
 #include "binarize/LocalContrastBinarizer.h"
@@ -19,7 +20,7 @@ bool ImageTool::BinarizeByBlocks(std::uint32_t methodId) try {
         case 2: return LocalContrastBinarizer(image).BinarizeBlock();
         case 3: return BernsenBinarizer(image).BinarizeBlock();
         case 4: return GradientBinarizer(image).BinarizeBlock();
-        case 5: return false;
+        case 5: return EdgeRegionBinarizer(image).BinarizeBlock();
         case 6: return IsodataBinarizer(image).BinarizeBlock();
         case 8: return false;
         default: platform::ShowMessage(platform::kUnknownMode); return false;

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "binarize/BernsenBinarizer.h"
+#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/GradientBinarizer.h"
 #include "binarize/IsodataBinarizer.h"
 #include "binarize/LocalContrastBinarizer.h"
@@ -19,10 +20,10 @@ bool ImageTool::BinarizeByMethod(std::uint32_t methodId) try {
         case 2: return LocalContrastBinarizer(image).Binarize();
         case 3: return BernsenBinarizer(image).Binarize();
         case 4: return GradientBinarizer(image).Binarize();
-        case 5: return false;
+        case 5: return EdgeRegionBinarizer(image).Binarize();
         case 6: return IsodataBinarizer(image).Binarize();
         case 8: return false;
-        case 9: return false;
+        case 9: return EdgeRegionBinarizer(image).BinarizeSharp();
         default: platform::ShowMessage(platform::kUnknownMode); return false;
     }
 } catch (const std::bad_alloc&) {

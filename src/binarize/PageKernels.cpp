@@ -58,8 +58,8 @@ int CountTips(const Byte* row, const Byte* after, int count) {
     return tips;
 }
 
-void ThresholdRow(const Byte* row, int count, int threshold, bool force, Byte* target, std::int64_t* dark,
-                  std::int64_t* light) {
+void ThresholdRegionRow(const Byte* row, int count, int threshold, bool force, Byte* target,
+                        std::int64_t* dark, std::int64_t* light) {
     int darkCount = 0, lightCount = 0;
     const int forced = force ? 255 : 0;
     for (int x = 0; x < count; ++x) {
@@ -75,6 +75,15 @@ void ThresholdRow(const Byte* row, int count, int threshold, bool force, Byte* t
 
 void MergeRow(Byte* target, const Byte* other, int count) {
     for (int x = 0; x < count; ++x) target[x] = (target[x] | other[x]) == 0 ? 0 : 255;
+}
+
+void EvenZeroBits(const Byte* row, int count, std::uint64_t* words) {
+    for (int x = 0; x <= count / 64 * 64 + 64; x += 64) words[x / 64] = 0;
+    for (int x = 0; x < count; ++x) words[x / 64] |= std::uint64_t{row[2 * x] == 0} << x % 64;
+}
+
+void ApplyEdgesRow(Byte* target, const Byte* mask, int count) {
+    for (int x = 0; x < count; ++x) target[x] = target[x] == 1 || mask[x] == 0 ? 1 : 254;
 }
 
 void MarkRow(Byte* row, int count) {

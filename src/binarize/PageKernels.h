@@ -28,10 +28,15 @@
     int CountTips(const std::uint8_t* row, const std::uint8_t* after, int count);                            \
     /* Bytes below threshold (0 to 256) become 0 in the target, others 255 where force is set or the target  \
      * is not 0. Adds to the counts of each. The target may be the row. */                                   \
-    void ThresholdRow(const std::uint8_t* row, int count, int threshold, bool force, std::uint8_t* target,   \
-                      std::int64_t* dark, std::int64_t* light);                                              \
+    void ThresholdRegionRow(const std::uint8_t* row, int count, int threshold, bool force,                   \
+                            std::uint8_t* target, std::int64_t* dark, std::int64_t* light);                  \
     /* 0 where both are 0, else 255. */                                                                      \
     void MergeRow(std::uint8_t* target, const std::uint8_t* other, int count);                               \
+    /* One bit a second byte, from the first one on, least significant first: 1 where the byte is 0. Count   \
+     * bits, followed by zeros to the end of the word after the last bit. */                                 \
+    void EvenZeroBits(const std::uint8_t* row, int count, std::uint64_t* words);                             \
+    /* 1 where the target is 1 or the mask 0, else 254. */                                                   \
+    void ApplyEdgesRow(std::uint8_t* target, const std::uint8_t* mask, int count);                           \
     /* 0 becomes 1, 255 becomes 254. */                                                                      \
     void MarkRow(std::uint8_t* row, int count);
 

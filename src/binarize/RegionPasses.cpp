@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 
+#include "binarize/Histogram.h"
 #include "binarize/PageKernels.h"
 
 namespace tavrix {
@@ -35,11 +36,12 @@ void ForEachRow(const PageShape& page, const Inside& rect, const RowPass& pass) 
 
 void RegionHistogram(const PageShape& page, PageRect rect, const std::uint8_t* buffer,
                      std::uint32_t* histogram) {
-    std::fill_n(histogram, 256, 0u);
+    std::fill_n(histogram, kGrayLevels, 0u);
     const Inside inside(page, rect);
-    ForEachRow(page, inside, [&](std::size_t row) {
-        for (int x = 0; x < inside.Columns(); ++x) ++histogram[buffer[row + x]];
-    });
+    if (inside.Area() > 0) {
+        CountPixels(buffer + page.Offset(inside.y0) + inside.x0, page.rowBytes, inside.Columns(),
+                    inside.y1 - inside.y0 + 1, histogram);
+    }
     histogram[0] += static_cast<std::uint32_t>(std::max<std::int64_t>(rect.Area() - inside.Area(), 0));
 }
 
@@ -49,7 +51,7 @@ int ThresholdRegion(const PageShape& page, PageRect rect, int threshold, const s
     std::int64_t dark = 0, light = 0;
     const Inside inside(page, rect);
     ForEachRow(page, inside, [&](std::size_t row) {
-        TAVRIX_KERNEL(ThresholdRow)
+        TAVRIX_KERNEL(ThresholdRegionRow)
         (source + row, inside.Columns(), limit, force, target + row, &dark, &light);
     });
     const std::int64_t outside = std::max<std::int64_t>(rect.Area() - inside.Area(), 0);

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "binarize/EdgeRegionBinarizer.h"
+
+#include <gtest/gtest.h>
+
+#include "binarize/EdgeRegionReference.h"
+#include "binarize/RandomPages.h"
+#include "image/ImageTool.h"
+
+namespace tavrix {
+namespace {
+
+using test::EdgeRegionReference;
+using test::HostImage;
+using Result = std::optional<EdgeRegionReference::Bytes>;
+
+enum class Entry { kPage, kBlock, kSharp };
+
+bool Run(Entry entry, DibImage& image) {
+    ImageTool tool(&image);
+    switch (entry) {
+        case Entry::kPage: return tool.BinarizeByMethod(5);
+        case Entry::kBlock: return tool.BinarizeByBlocks(5);
+        default: return tool.BinarizeByMethod(9);
+    }
+}
+
+Result RunReference(Entry entry, EdgeRegionReference& reference) {
+    switch (entry) {
+        case Entry::kPage: return reference.Binarize();
+        case Entry::kBlock: return reference.BinarizeBlock();
+        default: return reference.BinarizeSharp();
+    }
+}
+
+// The first pixel in which image and reference differ, or an empty text.
+std::string Difference(Entry entry, const HostImage& page) {
+    EdgeRegionReference reference(page);
+    const int width = reference.width, height = reference.height;
+    const Result expected = RunReference(entry, reference);
+    DibImage image(page.Handle());
+    if (Run(entry, image) != expected.has_value()) return "success";
+    if (image.Is1Bit() != expected.has_value()) return "format";
+    const auto& bytes = expected ? *expected : reference.src;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int value = bytes[static_cast<std::size_t>(y) * reference.rowBytes + x];
+            const int wanted = expected ? value > 1 : value;
+            if (image.GetPixel(x, y) != wanted) {
+                return std::to_string(x) + "," + std::to_string(y) + " of " + std::to_string(width) + "x" +
+                       std::to_string(height) + ": " + std::to_string(wanted) + " expected";
+            }
+        }
+    }
+    return "";
+}
+
+class EdgeRegionPages : public testing::TestWithParam<Entry> {};
+
+TEST_P(EdgeRegionPages, AreThoseOfTheReference) {
+    for (std::uint32_t seed = 0; seed < 300; ++seed) {
+        const HostImage page = test::RandomPage(seed);
+        EXPECT_EQ(Difference(GetParam(), page), "") << "seed " << seed;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Entries, EdgeRegionPages, testing::Values(Entry::kPage, Entry::kBlock, Entry::kSharp));
+
+}  // namespace
+}  // namespace tavrix
