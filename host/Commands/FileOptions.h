@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "Jobs.h"
+#include "Modes.h"
+#include "OutputNames.h"
+#include "PictureWriter.h"
+
+namespace tavrix::host {
+
+// What every command that works on files takes.
+struct FileOptions {
+    std::vector<std::string> names;
+    std::string list;
+    bool isRecursive = false;
+    bool skipsExisting = false;
+    JobOptions jobs;
+};
+
+void AddFileOptions(CLI::App& command, FileOptions& options);
+
+// Where pictures go.
+struct PictureOptions {
+    std::string place;
+    std::string pattern;
+    std::string extension = "tif";  // of files in a folder and on standard output
+};
+
+void AddPictureOptions(CLI::App& command, PictureOptions& options);
+
+// --mode, by number or name.
+void AddModeOption(CLI::App& command, Mode& mode);
+const Mode& DefaultMode();
+
+// Collects one input's pages and writes them when all are there, or every page at once where the name
+// asks for it.
+class PictureSink {
+  public:
+    PictureSink(const OutputNames& names, const std::string& standardExtension, const Input& input,
+                OutputClaims& claims, bool skipsExisting);
+
+    // The output, or for outputs by page their first, is there already and stays.
+    bool IsAllDone() const;
+    void Add(Picture page);
+    void Finish();
+
+  private:
+    void Write(const std::string& path, const std::vector<Picture>& pictures) const;
+
+    const OutputNames& names;
+    const std::string& standardExtension;
+    const Input& input;
+    OutputClaims& claims;
+    bool skipsExisting;
+    std::size_t pageCount = 0;
+    std::vector<Picture> pages;
+};
+
+// Throws UsageError when no picture format has the extension of the names.
+void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern);
+
+// Inputs of a command, after the checks that come before any work. Throws UsageError, PictureError.
+std::vector<Input> InputsOf(const FileOptions& options);
+
+}  // namespace tavrix::host

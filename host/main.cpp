@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Commands/Commands.h"
+#include "OutputNames.h"
+#include "Picture.h"
+
+using namespace tavrix::host;
+
+namespace {
+
+constexpr char kExitCodes[] =
+    "Exit codes: 0 all done; 2 usage; 4 an output could not be written; else 3 no input could be read;\n"
+    "else 1 a picture failed.";
+
+ExitCode Fail(const char* reason, ExitCode code) {
+    std::fprintf(stderr, "tavrix: %s\n", reason);
+    return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an output that cannot be written
+    CLI::App app("Cleans scans of business cards and other small documents, and finds what is on them.",
+                 "tavrix");
+    app.set_version_flag("--version", "tavrix " TAVRIX_VERSION);
+    app.require_subcommand(1);
+    app.footer(kExitCodes);
+    ExitCode code = kDone;
+    AddBinarizeCommand(app, code);
+    AddModesCommand(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        code = app.exit(error) == 0 ? kDone : kUsage;
+    } catch (const UsageError& error) {
+        code = Fail(error.what(), kUsage);
+    } catch (const PictureError& error) {
+        code = Fail(error.what(), kNothingReadable);
+    } catch (const std::exception& error) {
+        code = Fail(error.what(), kSomeFailed);
+    }
+    if (std::fflush(stdout) != 0 && code == kDone)
+        code = Fail("cannot write standard output", kOutputUnwritable);
+    return code;
+}
