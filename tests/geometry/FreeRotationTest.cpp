@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "geometry/InterpolationKernels.h"
+#include "support/DumpFolder.h"
 #include "support/HostImage.h"
 #include "support/KernelVariants.h"
 
@@ -166,6 +167,19 @@ TEST(FreeRotation, RotateFreeDeliversTwoCopies) {
     EXPECT_EQ(std::vector<std::uint8_t>(bytes, bytes + GlobalSize(second)), first.Bytes());
     GlobalFree(second);
     EXPECT_EQ(GlobalFlags(source.Handle()) & GMEM_LOCKCOUNT, 1u) << "only the test's own lock";
+}
+
+TEST(FreeRotation, LeavesItsResultInTheDiagnosticFile) {
+    const test::DumpFolder folder;
+    std::mt19937 random(4);
+    const HostImage source = HostImage::Random(30, 20, 8, random);
+    DibRecord record{};
+    ASSERT_EQ(RotateImageFree(source.Handle(), 25, 1, &record), 1);
+    const HostImage turned(record);
+    EXPECT_EQ(folder.TakeImage(), turned.Bytes());
+    ASSERT_EQ(RotateGrayImage(source.Handle(), 90, &record), 1);
+    const HostImage quarter(record);
+    EXPECT_EQ(folder.TakeImage(), quarter.Bytes());
 }
 
 // The other tests see the variant that this machine chooses; here all must agree.

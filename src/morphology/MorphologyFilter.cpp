@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "morphology/MorphologyFilter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "binarize/PageKernels.h"
+#include "image/DibImage.h"
+#include "morphology/MorphologyKernels.h"
+#include "platform/OutputFile.h"
+
+namespace tavrix {
+namespace {
+
+constexpr int kElementSize = 15;
+constexpr int kElementRadius = kElementSize / 2;
+constexpr int kOpeningRadius = 1;
+constexpr std::uint8_t kNoEdge = 255;
+
+BitRows RowsOf(const DibImage& source, DibImage& target) {
+    return {source.bits, target.bits, source.RowBytes(), source.Width(), source.Height()};
+}
+
+// Calls pass(before, row, after, target) for every inner row of an image, bottom up, with the rows as they
+// were before the passes; beyond `columns` bytes they read 0.
+template <class Pass>
+void ForEachInnerRow(DibImage& image, int columns, Pass pass) {
+    const std::size_t step = static_cast<std::size_t>(columns) + 2;
+    std::vector<std::uint8_t> copies(3 * step);
+    const auto copyOf = [&](int y) { return copies.data() + step * (y % 3) + 1; };
+    const auto copyRow = [&](int y) {
+        std::memcpy(copyOf(y), image.Row(y), static_cast<std::size_t>(columns));
+    };
+    if (image.Height() < 3) return;
+    copyRow(0);
+    copyRow(1);
+    for (int y = 1; y + 1 < image.Height(); ++y) {
+        copyRow(y + 1);
+        pass(copyOf(y - 1), copyOf(y), copyOf(y + 1), image.Row(y));
+    }
+}
+
+}  // namespace
+
+MorphologyFilter::MorphologyFilter(DibImage* imageToFilter)
+    : image(imageToFilter),
+      width(imageToFilter->Width()),
+      rowBytes(imageToFilter->RowBytes()),
+      height(imageToFilter->Height()),
+      bitCount(imageToFilter->header->biBitCount),
+      elementSize(kElementSize) {}
+
+void MorphologyFilter::EdgeMap() {
+    if (width == 0) return;
+    const int columns = static_cast<int>(rowBytes);
+    const int last = std::min(width - 1, columns - 2);
+    ForEachInnerRow(*image, columns, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
+        TAVRIX_KERNEL(EdgeRow)(before + 1, row + 1, after + 1, last, target + 1);
+        target[0] = kNoEdge;
+        std::fill(target + last + 1, target + width, kNoEdge);
+    });
+    if (height > 0) std::memset(image->Row(0), kNoEdge, static_cast<std::size_t>(width));
+    if (height > 1) std::memset(image->Row(height - 1), kNoEdge, static_cast<std::size_t>(width));
+}
+
+void MorphologyFilter::Opening() {
+    std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
+    TAVRIX_KERNEL(SpreadWhite)(RowsOf(*image, *image), kOpeningRadius, scratch.data());
+    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, *image), kOpeningRadius, scratch.data());
+}
+
+void MorphologyFilter::Closing() {
+    DibImage dilated(image);
+    if (dilated.bits == nullptr) return;
+    std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
+    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, dilated), kElementRadius, scratch.data());
+    dilated.WriteBmp(platform::kDebugDumpPath);
+    TAVRIX_KERNEL(SpreadWhite)(RowsOf(dilated, *image), kElementRadius, scratch.data());
+    image->WriteBmp(platform::kDebugDumpPath);
+}
+
+void MorphologyFilter::Smooth3x3() {
+    const int last = std::min(width - 1, static_cast<int>(rowBytes) - 2);
+    ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
+        TAVRIX_KERNEL(MeanRow)(before + 1, row + 1, after + 1, last, target + 1);
+    });
+}
+
+void MorphologyFilter::Sharpen(float factor) {
+    // With whole neighbours taken away, the fraction of a product decides nothing.
+    std::array<std::int16_t, 256> products;
+    for (int i = 0; i < 256; ++i) products[i] = static_cast<std::int16_t>(factor * static_cast<float>(i));
+    ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
+        TAVRIX_KERNEL(SharpenRow)
+        (before + 1, row + 1, after + 1, width - 2, products.data(), target + 1);
+    });
+}
+
+void MorphologyFilter::Dilate() {
+    std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
+    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, *image), kElementRadius, scratch.data());
+}
+
+}  // namespace tavrix
