@@ -3,30 +3,15 @@
 
 #include <random>
 #include <tuple>
-#include <vector>
 
+#include "StoreSupport.h"
 #include "components/ComponentStore.h"
 
 namespace tavrix {
 namespace {
 
-struct Store : ComponentStore {
-    Store() : ComponentStore{} { EXPECT_TRUE(store::Create(*this)); }
-    ~Store() { store::Release(*this); }
-    Store(const Store&) = delete;
-    auto Slot(const ComponentNode* node) const { return node - nodes; }
-};
-
-std::vector<ComponentNode*> Children(const ComponentNode* parent) {
-    std::vector<ComponentNode*> children;
-    const ComponentNode* prev = nullptr;
-    for (ComponentNode* node = parent->firstChild; node != nullptr; prev = node, node = node->next) {
-        EXPECT_EQ(node->prev, prev);
-        EXPECT_EQ(node->parent, parent);
-        children.push_back(node);
-    }
-    return children;
-}
+using test::Children;
+using test::Store;
 
 auto Sides(const ComponentNode* node) {
     return std::make_tuple(node->left, node->top, node->right, node->bottom);

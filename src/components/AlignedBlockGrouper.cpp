@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include "components/AlignedBlockGrouper.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <numeric>
+#include <queue>
+#include <vector>
+
+#include "components/BlockGathering.h"
+#include "components/BoxIndex.h"
+#include "components/ComponentStore.h"
+
+namespace tavrix {
+namespace {
+
+using store::Box;
+using store::HeightOf;
+using store::WidthOf;
+
+constexpr int kStretch = 2;       // mean component sizes that a box is stretched by
+constexpr int kMinBlockArea = 9;  // pixels
+constexpr int kFarGap = 9999;     // pixels; gaps from here on do not join blocks
+
+Box BoxOf(const ComponentNode& node) {
+    return {node.left, node.top, node.right, node.bottom};
+}
+
+std::int16_t Clamp16(int side) {
+    return static_cast<std::int16_t>(std::clamp(side, -32768, 32767));
+}
+
+bool DoTouch(const ComponentNode& a, const ComponentNode& b) {
+    return std::max(a.left, b.left) <= std::min(a.right, b.right) &&
+           std::max(a.bottom, b.bottom) <= std::min(a.top, b.top);
+}
+
+// Joins blocks whose first lines are aligned. A pass gives each block in list order a turn to take in the
+// nearest aligned block, then joins blocks that touch. Alignment is symmetric, so a block whose turn was
+// in vain needs another one only when a block that is aligned with it has changed, and likewise for
+// touching: later passes visit those alone.
+class BlockJoiner {
+  public:
+    BlockJoiner(ComponentStore& target, MeanSize meanSize)
+        : store(target),
+          mean(meanSize),
+          blocks(BlocksOf(target)),
+          index(blocks.size(), [this](std::size_t i) { return BoxOf(*blocks[i]); }) {
+        turns.resize(blocks.size());
+        std::iota(turns.begin(), turns.end(), 0);
+        changed = turns;
+    }
+
+    // One pass; whether it joined aligned blocks.
+    bool JoinAligned() {
+        std::priority_queue<int, std::vector<int>, std::greater<>> queue({}, std::move(turns));
+        turns.clear();
+        bool hasJoined = false;
+        for (int last = -1; !queue.empty();) {
+            const int i = queue.top();
+            queue.pop();
+            if (i == last || blocks[i] == nullptr) continue;
+            last = i;
+            const int nearest = NearestAligned(i);
+            if (nearest < 0) continue;
+            Join(i, nearest);
+            blocks[i]->tag = blocks[i]->firstChild->tag;
+            hasJoined = true;
+            changed.push_back(i);
+            turns.push_back(i);
+            ForEachAligned(i, [&](int k, int) { k > i ? queue.push(k) : turns.push_back(k); });
+        }
+        return hasJoined;
+    }
+
+    // One pass over all pairs that touch, each block growing while it is compared with later ones.
+    void JoinTouching() {
+        std::vector<int> pending;
+        for (const int i : changed) {
+            if (blocks[i] == nullptr) continue;
+            pending.push_back(i);
+            const Box area = BoxOf(*blocks[i]);
+            for (int k = index.Next(0, area); k < i; k = index.Next(k + 1, area)) {
+                if (DoTouch(*blocks[k], *blocks[i])) pending.push_back(k);
+            }
+        }
+        std::sort(pending.begin(), pending.end());
+        pending.erase(std::unique(pending.begin(), pending.end()), pending.end());
+        changed.clear();
+        for (const int i : pending) {
+            if (blocks[i] == nullptr) continue;
+            bool hasChanged = false;
+            for (int k = index.Next(i + 1, BoxOf(*blocks[i])); k < index.Count();
+                 k = index.Next(k + 1, BoxOf(*blocks[i]))) {
+                if (!DoTouch(*blocks[i], *blocks[k])) continue;
+                Join(i, k);
+                hasChanged = true;
+            }
+            if (hasChanged) changed.push_back(i);
+        }
+        for (const int i : changed) {
+            turns.push_back(i);
+            ForEachAligned(i, [&](int k, int) { turns.push_back(k); });
+        }
+    }
+
+  private:
+    static std::vector<ComponentNode*> BlocksOf(const ComponentStore& store) {
+        std::vector<ComponentNode*> blocks;
+        for (ComponentNode* block = store.firstBlock; block != nullptr; block = block->next)
+            blocks.push_back(block);
+        return blocks;
+    }
+
+    // Gap between two blocks one above or beside the other, or -1 when they are not aligned.
+    int AlignedGap(const ComponentNode& a, const ComponentNode& b) const {
+        constexpr int kNotAligned = -1;
+        const int aw = WidthOf(a), ah = HeightOf(a), bw = WidthOf(b), bh = HeightOf(b);
+        const int maxShort = 5 * std::max(mean.w, mean.h);
+        if (std::min(aw, ah) > maxShort && std::min(bw, bh) > maxShort) return kNotAligned;
+        const int left = std::max(a.left, b.left), right = std::min(a.right, b.right);
+        const int bottom = std::max(a.bottom, b.bottom), top = std::min(a.top, b.top);
+        if (left < right) {
+            const int gap = std::abs(top - bottom), overlap = right - left, longest = std::max(aw, bw);
+            return 5 * overlap > 4 * std::min(aw, bw) && longest - overlap < 3 * mean.w &&
+                           gap < 4 * longest && 2 * bh >= bw && 2 * ah >= aw
+                       ? gap
+                       : kNotAligned;
+        }
+        if (bottom < top) {
+            const int gap = std::abs(right - left), overlap = top - bottom, longest = std::max(ah, bh);
+            return 5 * overlap > 4 * std::min(ah, bh) && longest - overlap < 3 * mean.h &&
+                           gap < 4 * longest && bh <= 2 * bw && ah <= 2 * aw
+                       ? gap
+                       : kNotAligned;
+        }
+        return kNotAligned;
+    }
+
+    // Calls visit(position, gap) for the blocks aligned with block i: first those above and below it, then
+    // those beside it, each in list order. The size rule bounds the gap: the longer of two sides is below
+    // the shorter one + 3 mean sizes.
+    template <class Visit>
+    void ForEachAligned(int i, Visit visit) const {
+        const ComponentNode& block = *blocks[i];
+        const int reachX = 4 * (HeightOf(block) + 3 * mean.h), reachY = 4 * (WidthOf(block) + 3 * mean.w);
+        const Box box = Ordered(BoxOf(block));
+        const Box column{box.left, Clamp16(box.top + reachY), box.right, Clamp16(box.bottom - reachY)};
+        const Box row{Clamp16(box.left - reachX), box.top, Clamp16(box.right + reachX), box.bottom};
+        for (const Box& area : {column, row}) {
+            for (int k = index.Next(0, area); k < index.Count(); k = index.Next(k + 1, area)) {
+                if (k == i) continue;
+                const int gap = AlignedGap(block, *blocks[k]);
+                if (gap >= 0) visit(k, gap);
+            }
+        }
+    }
+
+    // The first of the nearest aligned blocks in list order, or -1.
+    int NearestAligned(int i) const {
+        int nearest = -1, smallest = kFarGap;
+        ForEachAligned(i, [&](int k, int gap) {
+            if (gap > smallest || (gap == smallest && (nearest < 0 || k > nearest))) return;
+            smallest = gap;
+            nearest = k;
+        });
+        return nearest;
+    }
+
+    // Moves the components of block k's first line into block i's and deletes block k.
+    void Join(int i, int k) {
+        ComponentNode* from = blocks[k]->firstChild;
+        ComponentNode* into = blocks[i]->firstChild;
+        while (from->firstChild != nullptr) store::MoveToParent(from, from->firstChild, into);
+        blocks[i]->left = into->left;
+        blocks[i]->top = into->top;
+        blocks[i]->right = into->right;
+        blocks[i]->bottom = into->bottom;
+        index.Set(i, BoxOf(*into));
+        store::DeleteBlock(store, blocks[k]);
+        index.Remove(k);
+        blocks[k] = nullptr;
+    }
+
+    ComponentStore& store;
+    MeanSize mean;
+    std::vector<ComponentNode*> blocks;  // in list order; null for those taken in
+    BoxIndex index;
+    std::vector<int> turns;    // blocks that may be aligned with another one
+    std::vector<int> changed;  // blocks that may touch another one
+};
+
+}  // namespace
+
+bool AlignedBlockGrouper::Run(ComponentStore& store) try {
+    const MeanSize mean = MeanComponentSize(SourceLine(store));
+    const auto boxes = Smear(store, [&](const ComponentNode& node) {
+        const int right = std::min(node.right + kStretch * mean.w, width - 1);
+        const int top = std::min(node.top + kStretch * mean.h, height - 1);
+        return SmearedBox{
+            {node.left, static_cast<std::int16_t>(top), static_cast<std::int16_t>(right), node.bottom}};
+    });
+    const auto rule = [](const SmearedBox& a, const SmearedBox& b) { return DoOverlap(a, b); };
+    if (!GatherByCentre(store, MergeOverlaps(boxes, rule))) return false;
+
+    for (ComponentNode *block = store.firstBlock, *following; block != nullptr; block = following) {
+        following = block->next;
+        const ComponentNode* line = block->firstChild;
+        if (line == nullptr || line->firstChild == nullptr ||
+            std::int64_t{HeightOf(*block)} * WidthOf(*block) < kMinBlockArea) {
+            store::DeleteBlock(store, block);
+        }
+    }
+    BlockJoiner joiner(store, mean);
+    bool goOn = true;
+    while (goOn) {
+        goOn = joiner.JoinAligned();
+        joiner.JoinTouching();
+    }
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+}  // namespace tavrix

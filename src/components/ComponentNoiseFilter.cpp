@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#include "components/ComponentNoiseFilter.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "components/ComponentStore.h"
+
+namespace tavrix {
+namespace {
+
+using store::HeightOf;
+using store::WidthOf;
+
+// FilterBySize
+constexpr int kRuleAspect = 20;    // a rule is at least so many times longer than thick
+constexpr int kLargeSide = 300;    // pixels; longer in both directions: a frame or a picture
+constexpr int kLimitStep = 2;      // pixels by which Run raises its limit
+constexpr int kLastLimit = 65534;  // pixels
+// FilterLineNoise
+constexpr int kDotSide = 3;     // pixels; smaller in both directions: a dot, left out of the mean sizes
+constexpr int kLongAspect = 6;  // an elongated component is at least so many times longer than thick
+// FilterForTextLines and FilterForBinarization
+constexpr int kMinLineSide = 10;     // pixels
+constexpr int kMinSide = 2;          // pixels
+constexpr int kMaxTextWidth = 300;   // pixels
+constexpr int kMaxTextHeight = 256;  // pixels
+constexpr int kPageMargin = 50;      // pixels short of the page's side
+
+int LongerSide(const ComponentNode& node) {
+    return std::max(WidthOf(node), HeightOf(node));
+}
+
+// Height of a box whichever way up it is.
+int AbsoluteHeightOf(const ComponentNode& node) {
+    return std::max(node.top - node.bottom, node.bottom - node.top) + 1;
+}
+
+// Calls visit for the node and its later siblings; visit may delete the node.
+template <class Visit>
+void ForEach(ComponentNode* node, Visit visit) {
+    while (node != nullptr) {
+        ComponentNode* following = node->next;
+        visit(node);
+        node = following;
+    }
+}
+
+template <class IsNoise>
+void DeleteComponentsIf(ComponentStore& store, ComponentNode* line, IsNoise isNoise) {
+    ForEach(line->firstChild, [&](ComponentNode* node) {
+        if (isNoise(*node)) store::DeleteComponent(store, node);
+    });
+}
+
+void DeleteBlockIfEmpty(ComponentStore& store, ComponentNode* block) {
+    if (block->firstChild == nullptr) store::DeleteBlock(store, block);
+}
+
+// Truncated mean, over the sides of at least kDotSide; 0 when there are none.
+template <class SideOf>
+int MeanSide(const ComponentNode* node, SideOf sideOf) {
+    std::int64_t sum = 0, count = 0;
+    for (; node != nullptr; node = node->next) {
+        const int side = sideOf(*node);
+        if (side < kDotSide) continue;
+        sum += side;
+        ++count;
+    }
+    return count != 0 ? static_cast<int>(sum / count) : 0;
+}
+
+bool IsSmallLine(const ComponentNode& line) {
+    return HeightOf(line) < kMinLineSide || WidthOf(line) < kMinLineSide;
+}
+
+bool IsSliver(const ComponentNode& node) {
+    return WidthOf(node) < kMinSide || AbsoluteHeightOf(node) < kMinSide;
+}
+
+}  // namespace
+
+// Every pass deletes the components whose longer side the limit has reached; those that break the other
+// rules went with the first pass. So one list, ordered by longer side and within that as the passes walk,
+// stands for all later passes.
+bool ComponentNoiseFilter::Run(ComponentStore& store, int, int) {
+    int limit = kLimitStep;
+    FilterBySize(store, limit, limit);
+    if (store.liveCount <= store.growStep) return true;
+
+    struct Candidate {
+        int limit;  // the first that deletes the node
+        ComponentNode* node;
+    };
+    std::vector<Candidate> candidates;
+    for (ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
+        for (ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
+            for (ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
+                candidates.push_back({(LongerSide(*node) + 1) / kLimitStep * kLimitStep, node});
+            }
+        }
+    }
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [](const Candidate& a, const Candidate& b) { return a.limit < b.limit; });
+
+    auto candidate = candidates.begin();
+    while (store.liveCount > store.growStep && limit < kLastLimit) {
+        limit += kLimitStep;
+        for (; candidate != candidates.end() && candidate->limit <= limit; ++candidate) {
+            ComponentNode* line = candidate->node->parent;
+            store::DeleteComponent(store, candidate->node);
+            if (line->firstChild != nullptr) continue;
+            ComponentNode* block = line->parent;
+            store::DeleteLine(store, line);
+            DeleteBlockIfEmpty(store, block);
+        }
+    }
+    return true;
+}
+
+bool ComponentNoiseFilter::FilterBySize(ComponentStore& store, int maxW, int maxH) {
+    ForEach(store.firstBlock, [&](ComponentNode* block) {
+        ForEach(block->firstChild, [&](ComponentNode* line) {
+            DeleteComponentsIf(store, line, [&](const ComponentNode& node) {
+                const int w = WidthOf(node), h = HeightOf(node);
+                const bool isKept = (w > maxW || h > maxH) && w < kRuleAspect * h && h < kRuleAspect * w &&
+                                    !(w > kLargeSide && h > kLargeSide);
+                return !isKept;
+            });
+            if (line->firstChild == nullptr) store::DeleteLine(store, line);
+        });
+        DeleteBlockIfEmpty(store, block);
+    });
+    return true;
+}
+
+void ComponentNoiseFilter::FilterLineNoise(ComponentStore& store) {
+    ForEach(store.firstBlock, [&](ComponentNode* block) {
+        ForEach(block->firstChild, [&](ComponentNode* line) {
+            if (line->firstChild == nullptr) return;
+            // One mean stands in for the other when that has nothing to count.
+            const int mean =
+                std::max(MeanSide(line->firstChild, WidthOf), MeanSide(line->firstChild, HeightOf));
+            if (mean == 0) {
+                store::DeleteLine(store, line);
+                return;
+            }
+            const int limit = std::max(2 * height, 3 * mean);
+            DeleteComponentsIf(store, line, [&](const ComponentNode& node) {
+                const int w = WidthOf(node), h = HeightOf(node);
+                if (w < kDotSide && h < kDotSide) return true;
+                if ((w >= kLongAspect * h || h >= kLongAspect * w) && std::max(w, h) > limit) return true;
+                return node.bottom == 0 && node.top == height - 1 &&
+                       (node.left < width / 5 || node.right > 4 * width / 5);
+            });
+            if (line->firstChild == nullptr) store::DeleteLine(store, line);
+        });
+        DeleteBlockIfEmpty(store, block);
+    });
+}
+
+bool ComponentNoiseFilter::FilterForTextLines(ComponentStore& store) {
+    ForEach(store.firstBlock, [&](ComponentNode* block) {
+        ForEach(block->firstChild, [&](ComponentNode* line) {
+            if (IsSmallLine(*line)) {
+                store::DeleteLine(store, line);
+                return;
+            }
+            DeleteComponentsIf(store, line, [](const ComponentNode& node) {
+                return IsSliver(node) || WidthOf(node) > kMaxTextWidth ||
+                       AbsoluteHeightOf(node) > kMaxTextHeight;
+            });
+        });
+        DeleteBlockIfEmpty(store, block);
+    });
+    return true;
+}
+
+bool ComponentNoiseFilter::FilterForBinarization(ComponentStore& store) {
+    ForEach(store.firstBlock, [&](ComponentNode* block) {
+        while (block->firstChild != nullptr && IsSmallLine(*block->firstChild)) {
+            store::DeleteLine(store, block->firstChild);
+        }
+        if (block->firstChild != nullptr) {
+            DeleteComponentsIf(store, block->firstChild, [this](const ComponentNode& node) {
+                return IsSliver(node) ||
+                       (WidthOf(node) > width - kPageMargin && AbsoluteHeightOf(node) > height - kPageMargin);
+            });
+        }
+        DeleteBlockIfEmpty(store, block);
+    });
+    return true;
+}
+
+}  // namespace tavrix
