@@ -1,5 +1,4 @@
-# How programs of a cross build run: CMAKE_CROSSCOMPILING_EMULATOR for 32-bit Linux, TAVRIX_RUN32 for
-# Windows.
+# How programs of a cross build run: CMAKE_CROSSCOMPILING_EMULATOR, and for Windows TAVRIX_RUN32.
 if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
   set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/probe32)
   file(WRITE ${probe}.c "int main(void) { return 0; }\n")
@@ -13,9 +12,15 @@ if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
 endif()
 
 if(WIN32 AND CMAKE_CROSSCOMPILING)
-  # Called as run32.sh [-d DIR] FOLDER PROGRAM.exe; DIR becomes drive d:.
-  find_file(TAVRIX_RUN32 run32.sh HINTS $ENV{TAVRIX_RUN32_DIR}
-    PATHS ${PROJECT_SOURCE_DIR}/../shared/windows NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH
-    DOC "Script that runs 32-bit Windows programs")
-  find_program(TAVRIX_WINE NAMES wine wine32 DOC "Runs Windows programs where TAVRIX_RUN32 is not set")
+  # Called as run32.sh [-t SECONDS] [-d DIR] FOLDER PROGRAM.exe ARGUMENTS: runs the program in FOLDER, with
+  # DIR as drive d: and message boxes written to standard error. Without it, plain wine runs what needs
+  # neither.
+  find_file(TAVRIX_RUN32 run32.sh HINTS $ENV{TAVRIX_RUN32_DIR} ${PROJECT_SOURCE_DIR}/../shared/windows
+    NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH DOC "Script that runs 32-bit Windows programs")
+  if(NOT TAVRIX_RUN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    find_program(TAVRIX_WINE wine)
+    if(TAVRIX_WINE)
+      set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVRIX_WINE})
+    endif()
+  endif()
 endif()

@@ -24,7 +24,7 @@ function(tavrix_export_with_version_script target)
   list(JOIN TAVRIX_PLATFORM_EXPORTS ";\n    " platformNames)
   file(CONFIGURE OUTPUT ${script} @ONLY CONTENT
     "{\n  global:\n    @names@;\n    @platformNames@;\n  local:\n    *;\n};\n")
-  target_link_options(${target} PRIVATE -Wl,--version-script=${script})
+  target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,-z,defs)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
 endfunction()
 

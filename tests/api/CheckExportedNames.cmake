@@ -1,0 +1,15 @@
+# The shared library LIBRARY exports the names EXPECTED (separated by commas) and nothing else.
+execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
+  OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" lines "${listing}")
+set(names "")
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE "[ @].*" "" name "${line}")
+  list(APPEND names ${name})
+endforeach()
+string(REPLACE "," ";" expected "${EXPECTED}")
+list(SORT names)
+list(SORT expected)
+if(NOT names STREQUAL expected)
+  message(FATAL_ERROR "${LIBRARY} exports\n  ${names}\nnot\n  ${expected}")
+endif()
