@@ -153,8 +153,8 @@ void SortIntoGroups(std::vector<ComponentRecord>& records) {
                      [](const auto& a, const auto& b) { return a.centreY < b.centreY; });
     int group = 0;
     for (std::size_t i = 1; i < records.size(); ++i) {
-        const bool far = records[i].centreY - records[i - 1].centreY > kGroupGap;
-        if (far && group + 1 < kMaxGroups) ++group;
+        const bool isFar = records[i].centreY - records[i - 1].centreY > kGroupGap;
+        if (isFar && group + 1 < kMaxGroups) ++group;
         records[i].group = group;
     }
     std::stable_sort(records.begin(), records.end(), [](const auto& a, const auto& b) {

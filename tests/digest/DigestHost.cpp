@@ -201,10 +201,6 @@ void AddRecord(Digest& digest, const DibRecord& record) {
         digest.Add(-1);
         return;
     }
-    Require(reinterpret_cast<std::uint8_t*>(record.palette) ==
-                    reinterpret_cast<std::uint8_t*>(record.header) + 40 &&
-                record.bits == reinterpret_cast<std::uint8_t*>(record.palette + record.header->biClrUsed),
-            "a record describes one packed block");
     digest.Bytes(record.header, 40).Bytes(record.palette, 4 * record.header->biClrUsed);
     digest.Bytes(record.bits, record.header->biSizeImage).Add(LocksOf(GlobalHandle(record.header)));
 }
@@ -315,6 +311,11 @@ void ForEach1BitPicture(Action action) {
 void Report(const std::string& name, std::int64_t returned, const Picture& picture, const DibRecord& result) {
     Digest digest;
     AddRecord(digest, picture.record);
+    const BITMAPINFOHEADER* header = result.header;
+    Require(
+        header == nullptr || (static_cast<const void*>(result.palette) == header + 1 &&
+                              static_cast<const void*>(result.bits) == result.palette + header->biClrUsed),
+        name + ": the result is one packed block");
     AddRecord(digest, result);
     if (std::FILE* dump = std::fopen(kDumpPath, "rb")) {
         std::vector<char> bytes(1 << 20);
