@@ -40,5 +40,8 @@ void GrayMask(const PageShape& page, const std::uint8_t* gray, int threshold, st
 // Foreground pixels whose right and three lower neighbours are background: the upper right tips of
 // strokes. Column 0 and the last row have none.
 int CountStrokeEnds(const PageShape& page, const std::uint8_t* mask);
+// Those of the mask that MeasureEdges, SettleEdgeThreshold and EdgeMask give for the source, without
+// buffers of the page's size.
+int CountStrokeEndsOfEdges(const PageShape& page, const std::uint8_t* source, int level);
 
 }  // namespace tavrix

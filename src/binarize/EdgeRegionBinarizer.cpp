@@ -34,8 +34,9 @@ bool EdgeRegionBinarizer::Binarize() {
     src = image->bits;
     bool smoothed = false;
     const auto result = std::make_unique_for_overwrite<std::uint8_t[]>(Page().Bytes());
-    BuildPreMask(result.get(), &smoothed);
-    return RefineByRegions(result.get(), smoothed) && image->PackToOneBit(result.get());
+    const auto scratch = std::make_unique<std::uint8_t[]>(Page().Bytes());
+    BuildPreMask(result.get(), scratch.get(), &smoothed);
+    return RefineByRegions(result.get(), scratch.get(), smoothed) && image->PackToOneBit(result.get());
 }
 
 bool EdgeRegionBinarizer::BinarizeBlock() {
@@ -63,10 +64,8 @@ bool EdgeRegionBinarizer::BinarizeWhole(bool withEdges, const Rule& rule) {
     return image->PackToOneBit(result.data());
 }
 
-void EdgeRegionBinarizer::BuildPreMask(std::uint8_t* preMask, bool* smoothed) {
+void EdgeRegionBinarizer::BuildPreMask(std::uint8_t* preMask, std::uint8_t* edges, bool* smoothed) {
     const PageShape page = Page();
-    const auto edgeBuffer = std::make_unique<std::uint8_t[]>(page.Bytes());
-    std::uint8_t* edges = edgeBuffer.get();
     ComputeHistogram(1);
     const int level = ContrastLevel(histogram, page.Bytes());
     const EdgeCounts counts = MeasureEdges(page, src, edges);
@@ -216,13 +215,8 @@ int EdgeRegionBinarizer::DarkMeanCheck(const std::uint32_t* bins, bool check) {
 }
 
 int EdgeRegionBinarizer::CountStrokeEndsOf(const std::uint8_t* buffer) try {
-    const PageShape page = Page();
-    const auto edges = std::make_unique<std::uint8_t[]>(page.Bytes());
     ComputeHistogram(1);
-    const int level = ContrastLevel(histogram, page.Bytes());
-    const EdgeCounts counts = MeasureEdges(page, buffer, edges.get());
-    EdgeMask(page, edges.get(), SettleEdgeThreshold(counts, page.Bytes(), level), edges.get());
-    return CountStrokeEnds(page, edges.get());
+    return CountStrokeEndsOfEdges(Page(), buffer, ContrastLevel(histogram, Page().Bytes()));
 } catch (const std::bad_alloc&) {
     return -1;
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "binarize/Binarizer.h"
@@ -34,11 +33,9 @@ class EdgeRegionBinarizer : public Binarizer {
     bool Binarize() override;
     bool BinarizeSharp();  // the whole image as one region, by the sharpening rule
 
-    using Buffer = std::unique_ptr<std::uint8_t[]>;
-
-    // Measures the page, paints its margins and chooses the mask (0 is foreground). smoothed asks the
-    // region rules for their second pass.
-    void BuildPreMask(std::uint8_t* preMask, bool* smoothed);
+    // Measures the page, paints its margins and chooses the mask (0 is foreground). edges, zeroed, is left
+    // with edge strengths. smoothed asks the region rules for their second pass.
+    void BuildPreMask(std::uint8_t* preMask, std::uint8_t* edges, bool* smoothed);
     // Side borders and end rows become light gray; writes the diagnostic copy.
     void PaintPageMargins();
     // 0, 1, 2, 3, 4, 5 or 7.
@@ -49,7 +46,7 @@ class EdgeRegionBinarizer : public Binarizer {
     int CountStrokeEndsOf(const std::uint8_t* buffer);
 
     // Turns the pre-mask into the result; false, with the mask as it was, without a text component.
-    bool RefineByRegions(std::uint8_t* result, bool smoothed);
+    bool RefineByRegions(std::uint8_t* result, std::uint8_t* scratch, bool smoothed);
     std::vector<RegionNode> BuildRegions(std::uint8_t* scratch, std::uint8_t* result,
                                          const std::vector<ComponentRecord>& records, bool smoothed);
     // Cleans the regions as their codes say; without scratch codes 3 to 5 count as 0 to 2.

@@ -144,6 +144,8 @@ int EdgeRegionBinarizer::BinarizeRegion(PageRect rect, std::uint8_t* scratch, st
             TAVRIX_TRACE_BRANCH(ofText >= 0 ? "rule: class 2, dark text" : "rule: class 2, no dark text");
             region.Threshold(src, scratch, ofText >= 0 ? ofText : region.Otsu(), kKeepBlack);
             region.Merge(result, scratch);
+        } else {
+            TAVRIX_TRACE_BRANCH("rule: class 2, one pass");
         }
         return 0;
     }
@@ -212,6 +214,8 @@ int EdgeRegionBinarizer::BinarizeRegionAlt(PageRect rect, std::uint8_t* result, 
             TAVRIX_TRACE_BRANCH("alt: class 2, second pass");
             region.SmoothAndCount(src, result);
             region.Threshold(result, result, region.Isodata() + 10, kForce);
+        } else {
+            TAVRIX_TRACE_BRANCH("alt: class 2");
         }
         return 0;
     }

@@ -84,13 +84,13 @@ PageRect RegionNode::Rect() const {
     return {narrow(left), narrow(top), narrow(right), narrow(bottom)};
 }
 
-bool EdgeRegionBinarizer::RefineByRegions(std::uint8_t* result, bool smoothed) {
+bool EdgeRegionBinarizer::RefineByRegions(std::uint8_t* result, std::uint8_t* scratch, bool smoothed) {
     const PageShape page = Page();
     const std::vector<ComponentRecord> records = FindTextComponents(page, result, src, globalThresholdUsed);
     if (records.empty()) return false;
-    const auto scratch = std::make_unique<std::uint8_t[]>(page.Bytes());
+    std::memset(scratch, 0, page.Bytes());
     std::memset(result, 255, page.Bytes());
-    FinishRegions(result, scratch.get(), BuildRegions(scratch.get(), result, records, smoothed));
+    FinishRegions(result, scratch, BuildRegions(scratch, result, records, smoothed));
     return true;
 }
 

@@ -14,10 +14,10 @@
     /* Mean of 3 x 3 bytes, rounded down. */                                                                 \
     void MeanRow(const std::uint8_t* before, const std::uint8_t* row, const std::uint8_t* after, int count,  \
                  std::uint8_t* target);                                                                      \
-    /* products[centre] less the eight neighbours, limited to 0..255. products[c] is c times the sharpening  \
-     * factor, truncated. */                                                                                 \
+    /* The centre times the factor, in single precision and truncated, less the eight neighbours, limited to \
+     * 0..255. */                                                                                            \
     void SharpenRow(const std::uint8_t* before, const std::uint8_t* row, const std::uint8_t* after,          \
-                    int count, const std::int16_t* products, std::uint8_t* target);                          \
+                    int count, float factor, std::uint8_t* target);                                          \
     /* Bytes of at least threshold. */                                                                       \
     int CountFrom(const std::uint8_t* row, int count, int threshold);                                        \
     /* 255 up to limit (-1 to 255), else 0. The target may be the row. */                                    \
@@ -38,7 +38,11 @@
     /* 1 where the target is 1 or the mask 0, else 254. */                                                   \
     void ApplyEdgesRow(std::uint8_t* target, const std::uint8_t* mask, int count);                           \
     /* 0 becomes 1, 255 becomes 254. */                                                                      \
-    void MarkRow(std::uint8_t* row, int count);
+    void MarkRow(std::uint8_t* row, int count);                                                              \
+    /* The same, but from left to right a 255 becomes 1 when three of its four neighbours are 0 or 1 by      \
+     * then. blackAfter: the byte after the last one counts as black and is not read. */                     \
+    void FillAndMarkRow(const std::uint8_t* before, std::uint8_t* row, const std::uint8_t* after, int count, \
+                        bool blackAfter);
 
 namespace tavrix::baseline {
 TAVRIX_PAGE_KERNELS

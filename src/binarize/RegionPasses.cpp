@@ -2,7 +2,6 @@
 #include "binarize/RegionPasses.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "binarize/Histogram.h"
@@ -87,21 +86,12 @@ void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* sour
     });
 }
 
+// In single precision the difference is exact where it is not negative, and the neighbours are whole: so
+// the kernel may truncate the product first.
 void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* source, std::uint8_t* target,
                    float factor) {
-    // With a whole number of neighbours taken away, the fraction of the product decides nothing: the
-    // difference is exact where it is not negative.
-    std::array<std::int16_t, 256> products;
-    for (int i = 0; i < 256; ++i) {
-        products[i] = static_cast<std::int16_t>(factor * static_cast<float>(i));
-    }
     const Inside inside(page, rect);
-    const auto sharpen = [&](const std::uint8_t* row, std::uint8_t* out, int first, int last) {
-        if (first > last) return;
-        TAVRIX_KERNEL(SharpenRow)
-        (row - page.rowBytes + first, row + first, row + page.rowBytes + first, last - first + 1,
-         products.data(), out + first);
-    };
+    const int end = page.rowBytes - 1;
     ForEachRow(page, inside, [&](std::size_t rowStart) {
         const std::size_t offset = rowStart - inside.x0;
         const std::uint8_t* row = source + offset;
@@ -110,21 +100,27 @@ void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* sou
             std::memcpy(out + inside.x0, row + inside.x0, static_cast<std::size_t>(inside.Columns()));
             return;
         }
-        sharpen(row, out, std::max(inside.x0, 1), std::min(inside.x1, page.width - 2));
+        const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
+        const auto sharpen = [&](int first, int last) {
+            TAVRIX_KERNEL(SharpenRow)
+            (before + first, row + first, after + first, last - first + 1, factor, out + first);
+        };
+        sharpen(std::max(inside.x0, 1), std::min(inside.x1, page.width - 2));
         for (const int x : {0, page.width - 1}) {
             if (x >= inside.x0 && x <= inside.x1) out[x] = row[x];
         }
-        // Padding. Only in the last row but one does its end have a neighbour beyond the buffer.
-        const int end = page.rowBytes - 1;
-        const bool cornerOutside =
-            offset + 2 * page.Offset(1) == page.Bytes() && inside.x1 == end && end >= page.width;
-        sharpen(row, out, std::max({inside.x0, 1, page.width}), cornerOutside ? end - 1 : inside.x1);
-        if (cornerOutside) {
-            const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
-            const int sum = before[end - 1] + before[end] + before[end + 1] + row[end - 1] + row[end + 1] +
-                            after[end - 1] + after[end];
-            out[end] = static_cast<std::uint8_t>(std::clamp(products[row[end]] - sum, 0, 255));
+        // Padding, when it belongs to the page.
+        const int firstPadding = std::max({inside.x0, 1, page.width});
+        if (inside.x1 < end || firstPadding > end || offset != page.Offset(page.height - 2)) {
+            sharpen(firstPadding, inside.x1);
+            return;
         }
+        // The last byte of the last row but one has a neighbour beyond the buffer.
+        sharpen(firstPadding, end - 1);
+        const int sum = before[end - 1] + before[end] + before[end + 1] + row[end - 1] + row[end + 1] +
+                        after[end - 1] + after[end];
+        const int product = static_cast<int>(factor * static_cast<float>(row[end]));
+        out[end] = static_cast<std::uint8_t>(std::clamp(product - sum, 0, 255));
     });
 }
 
@@ -146,19 +142,11 @@ PageRect FillAndMarkRegion(const PageShape& page, PageRect rect, std::uint8_t* m
     rect.x1 = static_cast<std::int16_t>(std::min<int>(rect.x1, page.rowBytes - 2));
     rect.y1 = static_cast<std::int16_t>(std::min<int>(rect.y1, page.height - 2));
     const Inside inside(page, rect);
-    const auto black = [](std::uint8_t value) { return value <= 1; };
-    ForEachRow(page, inside, [&](std::size_t rowStart) {
-        std::uint8_t* row = mask + rowStart - inside.x0;
-        const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
-        for (int x = inside.x0; x <= inside.x1; ++x) {
-            if (row[x] == 0) {
-                row[x] = 1;
-            } else if (row[x] == 255) {
-                const bool right = x + 1 >= page.columns || black(row[x + 1]);
-                const int around = black(before[x]) + black(after[x]) + black(row[x - 1]) + right;
-                row[x] = around >= 3 ? 1 : 254;
-            }
-        }
+    ForEachRow(page, inside, [&](std::size_t start) {
+        std::uint8_t* row = mask + start;
+        const bool outside = inside.x1 + 1 >= page.columns;  // reads 0
+        TAVRIX_KERNEL(FillAndMarkRow)
+        (row - page.rowBytes, row, row + page.rowBytes, inside.Columns(), outside);
     });
     return rect;
 }

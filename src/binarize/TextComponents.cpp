@@ -72,7 +72,8 @@ class RunLabeller {
     }
     void Append(LabelledComponent& component, int x0, int x1, int y) {
         const int run = static_cast<int>(result.runs.size());
-        result.runs.push_back({x0, x1, y, kNone});
+        const auto narrow = [](int value) { return static_cast<std::int16_t>(value); };
+        result.runs.push_back({narrow(x0), narrow(x1), narrow(y), kNone});
         (component.lastRun == kNone ? component.firstRun : result.runs[component.lastRun].next) = run;
         component.lastRun = run;
         component.area += x1 - x0 + 1;
@@ -124,8 +125,8 @@ ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& c
         sumY += static_cast<float>(std::int64_t{length} * run.y);
         record.left = std::min(record.left, x0);
         record.right = std::max(record.right, x1);
-        record.top = std::min(record.top, run.y);
-        record.bottom = std::max(record.bottom, run.y);
+        record.top = std::min<int>(record.top, run.y);
+        record.bottom = std::max<int>(record.bottom, run.y);
     }
     const auto centre = [&](float sum) { return static_cast<int>(static_cast<double>(sum / area) + 0.5); };
     record.centreX = centre(sumX);

@@ -13,7 +13,7 @@ inline constexpr int kColumnStep = 2;
 
 // A horizontal run of foreground, in decimated columns, inclusive.
 struct RunSegment {
-    int x0, x1, y;
+    std::int16_t x0, x1, y;
     int next;  // index of the component's next run, -1 at the end
 };
 

@@ -2,7 +2,6 @@
 #include "morphology/MorphologyFilter.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <vector>
 
@@ -89,12 +88,8 @@ void MorphologyFilter::Smooth3x3() {
 }
 
 void MorphologyFilter::Sharpen(float factor) {
-    // With whole neighbours taken away, the fraction of a product decides nothing.
-    std::array<std::int16_t, 256> products;
-    for (int i = 0; i < 256; ++i) products[i] = static_cast<std::int16_t>(factor * static_cast<float>(i));
     ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
-        TAVRIX_KERNEL(SharpenRow)
-        (before + 1, row + 1, after + 1, width - 2, products.data(), target + 1);
+        TAVRIX_KERNEL(SharpenRow)(before + 1, row + 1, after + 1, width - 2, factor, target + 1);
     });
 }
 

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include <cstring>
+#include <vector>
+
+#include "Pages.h"
+#include "binarize/EdgeMeasures.h"
+#include "binarize/EdgeRegionBinarizer.h"
+#include "binarize/RegionPasses.h"
+
+#ifdef TAVRIX_HAVE_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+
+namespace tavrix::bench {
+namespace {
+
+// A page, and a buffer of its size for the result of a pass.
+struct Bench {
+    explicit Bench(const benchmark::State& state)
+        : page(CardPage(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), 8)),
+          shape(PageShape::WithPadding(*page)),
+          target(shape.Bytes()) {}
+
+    template <class Pass>
+    void Run(benchmark::State& state, const Pass& pass) {
+        for (auto _ : state) {
+            pass();
+            benchmark::ClobberMemory();
+        }
+        CountPixels(state);
+    }
+
+    std::unique_ptr<DibImage> page;
+    PageShape shape;
+    std::vector<std::uint8_t> target;
+};
+
+void EdgeRegions(benchmark::State& state, bool (EdgeRegionBinarizer::*entry)()) {
+    Bench bench(state);
+    DibImage work(bench.page.get());
+    bench.Run(state, [&] {
+        *work.header = *bench.page->header;
+        work.CopyBitsFrom(*bench.page);
+        EdgeRegionBinarizer method(&work);
+        (method.*entry)();
+    });
+}
+BENCHMARK_CAPTURE(EdgeRegions, Page, &EdgeRegionBinarizer::Binarize)->Name("EdgeRegions")->Apply(PageSizes);
+BENCHMARK_CAPTURE(EdgeRegions, Block, &EdgeRegionBinarizer::BinarizeBlock)
+    ->Name("EdgeRegionsBlock")
+    ->Apply(PageSizes);
+BENCHMARK_CAPTURE(EdgeRegions, Sharp, &EdgeRegionBinarizer::BinarizeSharp)
+    ->Name("EdgeRegionsSharp")
+    ->Apply(PageSizes);
+
+void SobelPass(benchmark::State& state) {
+    Bench bench(state);
+    bench.Run(state, [&] { MeasureEdges(bench.shape, bench.page->bits, bench.target.data()); });
+}
+BENCHMARK(SobelPass)->Name("SobelMagnitude")->Apply(PageSizes);
+
+void Smooth(benchmark::State& state) {
+    Bench bench(state);
+    bench.Run(state,
+              [&] { SmoothRegion(bench.shape, bench.shape.Whole(), bench.page->bits, bench.target.data()); });
+}
+BENCHMARK(Smooth)->Name("SmoothRegion")->Apply(PageSizes);
+
+void Sharpen(benchmark::State& state) {
+    Bench bench(state);
+    bench.Run(state, [&] {
+        SharpenRegion(bench.shape, bench.shape.Whole(), bench.page->bits, bench.target.data(), 10.0f);
+    });
+}
+BENCHMARK(Sharpen)->Name("SharpenRegion")->Apply(PageSizes);
+
+void Threshold(benchmark::State& state) {
+    Bench bench(state);
+    bench.Run(state, [&] {
+        ThresholdRegion(bench.shape, bench.shape.Whole(), 128, bench.page->bits, bench.target.data(), true,
+                        1.1);
+    });
+}
+BENCHMARK(Threshold)->Name("ThresholdRegion")->Apply(PageSizes);
+
+void FillAndMark(benchmark::State& state) {
+    Bench bench(state);
+    std::vector<std::uint8_t> mask(bench.shape.Bytes());
+    GrayMask(bench.shape, bench.page->bits, 128, mask.data());
+    bench.Run(state, [&] {
+        std::memcpy(bench.target.data(), mask.data(), mask.size());
+        FillAndMarkRegion(bench.shape, bench.shape.Whole(), bench.target.data());
+    });
+}
+BENCHMARK(FillAndMark)->Name("FillAndMarkRegion")->Apply(PageSizes);
+
+void StrokeEnds(benchmark::State& state) {
+    Bench bench(state);
+    GrayMask(bench.shape, bench.page->bits, 128, bench.target.data());
+    bench.Run(state, [&] { benchmark::DoNotOptimize(CountStrokeEnds(bench.shape, bench.target.data())); });
+}
+BENCHMARK(StrokeEnds)->Name("CountStrokeEnds")->Apply(PageSizes);
+
+void Components(benchmark::State& state) {
+    Bench bench(state);
+    GrayMask(bench.shape, bench.page->bits, 128, bench.target.data());
+    bench.Run(state, [&] {
+        benchmark::DoNotOptimize(
+            FindTextComponents(bench.shape, bench.target.data(), bench.page->bits, false).size());
+    });
+}
+BENCHMARK(Components)->Name("FindTextComponents")->Apply(PageSizes);
+
+#ifdef TAVRIX_HAVE_OPENCV
+cv::Mat MatOf(DibImage& page) {
+    return cv::Mat(page.Height(), page.Width(), CV_8UC1, page.bits, page.RowBytes());
+}
+
+// What the whole method is measured against, too.
+void Sobel_OpenCV(benchmark::State& state) {
+    Bench bench(state);
+    const cv::Mat source = MatOf(*bench.page);
+    cv::Mat dx, dy, magnitude, edges;
+    bench.Run(state, [&] {
+        cv::Sobel(source, dx, CV_32F, 1, 0);
+        cv::Sobel(source, dy, CV_32F, 0, 1);
+        cv::magnitude(dx, dy, magnitude);
+        magnitude.convertTo(edges, CV_8U);
+    });
+}
+BENCHMARK(Sobel_OpenCV)->Name("SobelMagnitude_OpenCV")->Apply(PageSizes);
+
+void Smooth_OpenCV(benchmark::State& state) {
+    Bench bench(state);
+    const cv::Mat source = MatOf(*bench.page);
+    cv::Mat target;
+    bench.Run(state, [&] { cv::blur(source, target, {3, 3}); });
+}
+BENCHMARK(Smooth_OpenCV)->Name("SmoothRegion_OpenCV")->Apply(PageSizes);
+
+void Sharpen_OpenCV(benchmark::State& state) {
+    Bench bench(state);
+    const cv::Mat source = MatOf(*bench.page);
+    const cv::Mat kernel = (cv::Mat_<float>(3, 3) << -1, -1, -1, -1, 10, -1, -1, -1, -1);
+    cv::Mat target;
+    bench.Run(state, [&] { cv::filter2D(source, target, -1, kernel); });
+}
+BENCHMARK(Sharpen_OpenCV)->Name("SharpenRegion_OpenCV")->Apply(PageSizes);
+#endif
+
+}  // namespace
+}  // namespace tavrix::bench
