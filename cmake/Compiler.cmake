@@ -8,6 +8,10 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   # 32-bit hosts align their stacks to 4 bytes only.
   target_compile_options(tavrix_options INTERFACE -mstackrealign)
 endif()
+if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # The system's heap aligns to 8 bytes, whatever the compiler takes for granted of operator new.
+  target_compile_options(tavrix_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-faligned-new=8>)
+endif()
 if(TAVRIX_WERROR)
   target_compile_options(tavrix_options INTERFACE -Werror)
 endif()

@@ -1,16 +1,19 @@
-# The exported functions, from src/api/exports.txt: TAVRIX_EXPORTS (names) and TAVRIX_EXPORT_BYTES
-# (argument bytes, in the same order).
+# The exported functions, from src/api/exports.txt: TAVRIX_EXPORTS (names) and, in the same order,
+# TAVRIX_EXPORT_DECORATIONS (bytes in the decorated name) and TAVRIX_EXPORT_BYTES (bytes removed).
 set(TAVRIX_EXPORT_LIST ${PROJECT_SOURCE_DIR}/src/api/exports.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${TAVRIX_EXPORT_LIST})
 file(STRINGS ${TAVRIX_EXPORT_LIST} lines REGEX "^[A-Za-z]")
 set(TAVRIX_EXPORTS "")
+set(TAVRIX_EXPORT_DECORATIONS "")
 set(TAVRIX_EXPORT_BYTES "")
 foreach(line IN LISTS lines)
-  if(NOT line MATCHES "^([A-Za-z0-9_]+) ([0-9]+)$")
+  if(NOT line MATCHES "^([A-Za-z0-9_]+) ([0-9]+)(\\+4)?$")
     message(FATAL_ERROR "${TAVRIX_EXPORT_LIST}: cannot read \"${line}\"")
   endif()
   list(APPEND TAVRIX_EXPORTS ${CMAKE_MATCH_1})
-  list(APPEND TAVRIX_EXPORT_BYTES ${CMAKE_MATCH_2})
+  list(APPEND TAVRIX_EXPORT_DECORATIONS ${CMAKE_MATCH_2})
+  math(EXPR bytes "${CMAKE_MATCH_2}${CMAKE_MATCH_3}")
+  list(APPEND TAVRIX_EXPORT_BYTES ${bytes})
 endforeach()
 
 # What the Linux library exports beside them.
@@ -34,7 +37,7 @@ endfunction()
 function(tavrix_export_with_definition_file target)
   set(plain "")
   set(decorated "")
-  foreach(name bytes IN ZIP_LISTS TAVRIX_EXPORTS TAVRIX_EXPORT_BYTES)
+  foreach(name bytes IN ZIP_LISTS TAVRIX_EXPORTS TAVRIX_EXPORT_DECORATIONS)
     string(APPEND plain "    ${name} = ${name}@${bytes}\n")
     string(APPEND decorated "    ${name}@${bytes}\n")
   endforeach()

@@ -20,7 +20,7 @@ endfunction()
 
 run("${RUN}" printed shown)
 if(NOT printed MATCHES " with a dump = ")
-  message(WARNING "No diagnostic file was written")
+  message(FATAL_ERROR "No diagnostic file was written")
 endif()
 if(NOT NATIVE)
   return()

@@ -122,7 +122,7 @@ def check(arguments):
     image = Image(arguments.dll)
     with open(arguments.exports, encoding="utf-8") as file:
         lines = [line.split() for line in file if line[0].isalpha()]
-    expected = {name: int(count) for name, count in lines}
+    expected = {name: sum(map(int, count.split("+"))) for name, count in lines}
 
     exports = image.exports()
     assert set(exports) == set(expected), f"exported names: {sorted(exports)}"
