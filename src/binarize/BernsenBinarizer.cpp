@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "binarize/BernsenBinarizer.h"
 
-#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -11,15 +10,14 @@ namespace tavrix {
 namespace {
 
 constexpr int kReach = 7;  // pixels from the centre to the window's edge
-constexpr int kSide = 2 * kReach + 1;
 
-// A ring of rows of extremes: row y is there until row y + size comes.
+// Rows of extremes that take turns.
 class ExtremesRing {
   public:
-    ExtremesRing(int ringSize, int columns)
-        : size(ringSize), stride(static_cast<std::size_t>(columns)), values(2 * size * stride) {}
+    ExtremesRing(int ringSize, std::size_t columns)
+        : size(ringSize), stride(columns), values(2 * columns * static_cast<std::size_t>(ringSize)) {}
     Extremes Row(int y) {
-        std::uint8_t* low = values.data() + static_cast<std::size_t>(2 * (y % size)) * stride;
+        std::uint8_t* low = values.data() + 2 * stride * static_cast<std::size_t>(y % size);
         return {low, low + stride};
     }
 
@@ -34,30 +32,25 @@ class ExtremesRing {
 bool BernsenBinarizer::Binarize() {
     ApplyMarkerPalette();
     if (width == 0 || height == 0) return true;
-    // Repeating the edge pixels outside adds nothing to a window, since a window that reaches over an edge
-    // holds the edge.
-    std::vector<std::uint8_t> padded(static_cast<std::size_t>(width + 2 * kReach));
-    ExtremesRing rowOf4(1, width + 2 * kReach), rows(2, width), of2(3, width), of4(5, width), of8(8, width);
-    // Window row y spans the image rows from y - 14 to y, rows of2 .. of8 the last 2 .. 8 of them.
-    const int end = height + 2 * kReach;
-    for (int y = 0; y < end; ++y) {
-        if (y == 0 || (y > kReach && y < height + kReach)) {
-            const std::uint8_t* row = image->Row(std::max(y - kReach, 0));
+    const auto columns = static_cast<std::size_t>(width);
+    std::vector<std::uint8_t> padded(columns + 2 * kReach), unused(columns);
+    ExtremesRing columns4(1, columns + 2 * kReach);
+    ExtremesRing rows1(1, columns), rows2(2, columns), rows4(4, columns), rows8(7, columns);
+    // The edge pixels are repeated outside. That adds nothing to a clipped window: one that reaches over an
+    // edge holds the edge.
+    for (int y = -kReach; y < height + kReach; ++y) {
+        if (y == -kReach || (y > 0 && y < height)) {
+            const std::uint8_t* row = image->Row(y < 0 ? 0 : y);
             std::memset(padded.data(), row[0], kReach);
-            std::memcpy(padded.data() + kReach, row, static_cast<std::size_t>(width));
-            std::memset(padded.data() + kReach + width, row[width - 1], kReach);
-            TAVRIX_KERNEL(ExtremesOf4)(padded.data(), width + 2 * kReach - 3, rowOf4.Row(0));
-            TAVRIX_KERNEL(ExtremesOf15)(rowOf4.Row(0), width, rows.Row(y));
-        } else {
-            const Extremes last = rows.Row(y - 1);
-            TAVRIX_KERNEL(MergeExtremes)(last, last, width, rows.Row(y));
+            std::memcpy(padded.data() + kReach, row, columns);
+            std::memset(padded.data() + kReach + columns, row[width - 1], kReach);
+            TAVRIX_KERNEL(ExtremesOf4)(padded.data(), width + 2 * kReach - 3, columns4.Row(0));
         }
-        if (y >= 1) TAVRIX_KERNEL(MergeExtremes)(rows.Row(y), rows.Row(y - 1), width, of2.Row(y));
-        if (y >= 3) TAVRIX_KERNEL(MergeExtremes)(of2.Row(y), of2.Row(y - 2), width, of4.Row(y));
-        if (y >= 7) TAVRIX_KERNEL(MergeExtremes)(of4.Row(y), of4.Row(y - 4), width, of8.Row(y));
-        if (y >= kSide - 1) {
-            TAVRIX_KERNEL(MidRangeRow)(image->Row(y - 2 * kReach), width, of8.Row(y), of8.Row(y - 7));
-        }
+        const int turn = y + kReach;
+        const BernsenWindow window{columns4.Row(0), rows1.Row(turn), rows2.Row(turn), rows4.Row(turn),
+                                   rows8.Row(turn)};
+        const int centre = y - kReach;
+        TAVRIX_KERNEL(MidRangeRow)(window, width, centre < 0 ? unused.data() : image->Row(centre));
     }
     return true;
 }

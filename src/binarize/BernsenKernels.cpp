@@ -6,7 +6,7 @@ namespace {
 
 using Byte = std::uint8_t;
 
-constexpr int kContrastLimit = 15;  // levels
+constexpr Byte kContrastLimit = 15;  // levels
 
 inline Byte Min(Byte a, Byte b) {
     return a < b ? a : b;
@@ -17,51 +17,50 @@ inline Byte Max(Byte a, Byte b) {
 
 }  // namespace
 
-void ExtremesOf4(const Byte* __restrict padded, int count, Extremes of4) {
-    Byte* __restrict low = of4.low;
-    Byte* __restrict high = of4.high;
+void ExtremesOf4(const Byte* padded, int count, Extremes extremes) {
+    Byte* const low = extremes.low;
+    Byte* const high = extremes.high;
+#pragma GCC ivdep
     for (int x = 0; x < count; ++x) {
-        low[x] = Min(Min(padded[x], padded[x + 1]), Min(padded[x + 2], padded[x + 3]));
-        high[x] = Max(Max(padded[x], padded[x + 1]), Max(padded[x + 2], padded[x + 3]));
+        const Byte a = padded[x], b = padded[x + 1], c = padded[x + 2], d = padded[x + 3];
+        low[x] = Min(Min(a, b), Min(c, d));
+        high[x] = Max(Max(a, b), Max(c, d));
     }
 }
 
-void ExtremesOf15(Extremes of4, int width, Extremes of15) {
-    const Byte* __restrict low = of4.low;
-    const Byte* __restrict high = of4.high;
-    Byte* __restrict lowest = of15.low;
-    Byte* __restrict highest = of15.high;
+void MidRangeRow(const BernsenWindow& window, int width, Byte* row) {
+    const auto [columns4, rows1, rows2, rows4, rows8] = window;
+    // No row of the window is another's, and none is the image's.
+#pragma GCC ivdep
     for (int x = 0; x < width; ++x) {
-        lowest[x] = Min(Min(low[x], low[x + 4]), Min(low[x + 8], low[x + 11]));
-        highest[x] = Max(Max(high[x], high[x + 4]), Max(high[x + 8], high[x + 11]));
-    }
-}
+        const Byte* low4 = columns4.low + x;
+        const Byte low1 = Min(Min(low4[0], low4[4]), Min(low4[8], low4[11]));
+        const Byte low2 = Min(low1, rows1.low[x]);
+        const Byte lowOf4 = Min(low2, rows2.low[x]);
+        const Byte low8 = Min(lowOf4, rows4.low[x]);
+        const Byte low = Min(low8, rows8.low[x]);
+        rows1.low[x] = low1;
+        rows2.low[x] = low2;
+        rows4.low[x] = lowOf4;
+        rows8.low[x] = low8;
 
-void MergeExtremes(Extremes a, Extremes b, int width, Extremes merged) {
-    const Byte* lowA = a.low;
-    const Byte* lowB = b.low;
-    const Byte* highA = a.high;
-    const Byte* highB = b.high;
-    Byte* __restrict low = merged.low;
-    Byte* __restrict high = merged.high;
-    for (int x = 0; x < width; ++x) {
-        low[x] = Min(lowA[x], lowB[x]);
-        high[x] = Max(highA[x], highB[x]);
-    }
-}
+        const Byte* high4 = columns4.high + x;
+        const Byte high1 = Max(Max(high4[0], high4[4]), Max(high4[8], high4[11]));
+        const Byte high2 = Max(high1, rows1.high[x]);
+        const Byte highOf4 = Max(high2, rows2.high[x]);
+        const Byte high8 = Max(highOf4, rows4.high[x]);
+        const Byte high = Max(high8, rows8.high[x]);
+        rows1.high[x] = high1;
+        rows2.high[x] = high2;
+        rows4.high[x] = highOf4;
+        rows8.high[x] = high8;
 
-void MidRangeRow(Byte* __restrict row, int width, Extremes a, Extremes b) {
-    const Byte* lowA = a.low;
-    const Byte* lowB = b.low;
-    const Byte* highA = a.high;
-    const Byte* highB = b.high;
-    for (int x = 0; x < width; ++x) {
+        // Below the mid-range: nearer to the lowest value, or as near; the window holds the pixel itself.
         const Byte value = row[x];
-        const Byte low = Min(lowA[x], lowB[x]), high = Max(highA[x], highB[x]);
-        const auto contrast = static_cast<Byte>(high - low);
-        // value <= (low + high) / 2, in bytes: the window holds the pixel itself
-        const bool dark = static_cast<Byte>(value - low) <= static_cast<Byte>(high - value);
-        row[x] = (contrast >= kContrastLimit ? dark : value == 0) ? 0 : 255;
+        const bool strong = static_cast<Byte>(high - low) >= kContrastLimit;
+        const Byte above = strong ? static_cast<Byte>(value - low) : value;
+        const Byte below = strong ? static_cast<Byte>(high - value) : Byte{0};
+        row[x] = above > below ? 255 : 0;
     }
 }
 

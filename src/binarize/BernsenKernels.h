@@ -13,18 +13,21 @@ struct Extremes {
     std::uint8_t* high;
 };
 
+// Extremes over windows of 15 columns and over the last rows, by doubling. As a row comes, `rows1` holds
+// the row before it, `rows2`, `rows4` and `rows8` hold those of 2, 4 and 8 rows that ended 2, 4 and 7 rows
+// before it; they leave as those that end with the row.
+struct BernsenWindow {
+    Extremes columns4;  // of 4 columns, 11 more than the image has
+    Extremes rows1, rows2, rows4, rows8;
+};
+
 }  // namespace tavrix
 
-// Minima and maxima over windows of 15 pixels a side, by doubling: of 4, then of 15.
-#define TAVRIX_BERNSEN_KERNELS                                                                \
-    /* of4[x] are the extremes of padded[x .. x + 3]. */                                      \
-    void ExtremesOf4(const std::uint8_t* padded, int count, Extremes of4);                    \
-    /* of15[x] are the extremes over of4 at x, x + 4, x + 8 and x + 11. */                    \
-    void ExtremesOf15(Extremes of4, int width, Extremes of15);                                \
-    /* Extremes of two rows of windows. */                                                    \
-    void MergeExtremes(Extremes a, Extremes b, int width, Extremes merged);                   \
-    /* In place: the rule of BernsenBinarizer, from the extremes over two rows of windows. */ \
-    void MidRangeRow(std::uint8_t* row, int width, Extremes a, Extremes b);
+#define TAVRIX_BERNSEN_KERNELS                                                          \
+    /* extremes.low[x] and .high[x] of padded[x .. x + 3]. */                           \
+    void ExtremesOf4(const std::uint8_t* padded, int count, Extremes extremes);         \
+    /* Takes columns4 into the window and binarizes, in place, the row in its centre. */ \
+    void MidRangeRow(const BernsenWindow& window, int width, std::uint8_t* row);
 
 namespace tavrix::baseline {
 TAVRIX_BERNSEN_KERNELS

@@ -17,7 +17,12 @@ constexpr std::uint8_t kOutside = 255;
 bool LocalContrastBinarizer::Binarize() {
     const std::int32_t threshold = ImageOtsuThreshold();
     ApplyMarkerPalette();
-    if (width == 0) return true;
+    CompareWithWindows(threshold);
+    return true;
+}
+
+void LocalContrastBinarizer::CompareWithWindows(std::int32_t globalThreshold) {
+    if (width == 0) return;
     // Rows are overwritten while the window still needs them: it keeps copies of its five.
     const auto columns = static_cast<std::size_t>(width);
     std::vector<std::uint8_t> window(kSide * columns, kOutside);
@@ -29,9 +34,9 @@ bool LocalContrastBinarizer::Binarize() {
         (entering < height ? image->Row(entering) : below.data(), window.data() + entering % kSide * columns,
          width, sums.data() + kReach, squares.data() + kReach);
         const int y = entering - kReach;
-        if (y >= 0) TAVRIX_KERNEL(ContrastRow)(image->Row(y), width, sums.data(), squares.data(), threshold);
+        if (y >= 0)
+            TAVRIX_KERNEL(ContrastRow)(image->Row(y), width, sums.data(), squares.data(), globalThreshold);
     }
-    return true;
 }
 
 }  // namespace tavrix
