@@ -3,10 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "binarize/Histogram.h"
-#include "binarize/ThresholdKernels.h"
+#include "binarize/PageKernels.h"
 
 namespace tavrix {
 namespace {
@@ -133,14 +132,10 @@ void Binarizer::ApplyMarkerPalette() {
 }
 
 void Binarizer::BlackenBelow(std::int32_t threshold) {
+    const int lastBlack = std::clamp(threshold, 0, kGrayLevels) - 1;
     for (int y = 0; y < height; ++y) {
         std::uint8_t* row = image->Row(y);
-        if (threshold < kGrayLevels) {
-            TAVRIX_KERNEL(ThresholdRow)
-            (row, width, static_cast<std::uint8_t>(std::max(threshold, 0)));
-        } else {
-            std::memset(row, 0, static_cast<std::size_t>(width));
-        }
+        TAVRIX_KERNEL(MaskAbove)(row, width, lastBlack, row);
     }
 }
 

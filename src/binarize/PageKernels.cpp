@@ -242,11 +242,17 @@ int CountFrom(const Byte* row, int count, int threshold) {
 }
 
 void MaskUpTo(const Byte* row, int count, int limit, Byte* target) {
-    for (int x = 0; x < count; ++x) target[x] = row[x] <= limit ? 255 : 0;
+    const auto top = static_cast<Byte>(limit);
+    const Byte upTo = limit < 0 ? 0 : 255;
+#pragma GCC ivdep
+    for (int x = 0; x < count; ++x) target[x] = row[x] <= top ? upTo : 0;
 }
 
 void MaskAbove(const Byte* row, int count, int limit, Byte* target) {
-    for (int x = 0; x < count; ++x) target[x] = row[x] > limit ? 255 : 0;
+    const auto top = static_cast<Byte>(limit);
+    const Byte upTo = limit < 0 ? 255 : 0;
+#pragma GCC ivdep
+    for (int x = 0; x < count; ++x) target[x] = row[x] > top ? 255 : upTo;
 }
 
 int CountTips(const Byte* row, const Byte* after, int count) {

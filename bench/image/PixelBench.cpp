@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include <vector>
+
+#include "Pages.h"
+
+#ifdef TAVRIX_HAVE_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+#ifdef TAVRIX_HAVE_LEPTONICA
+#include <allheaders.h>
+#endif
+
+namespace tavrix::bench {
+namespace {
+
+int WidthOf(const benchmark::State& state) {
+    return static_cast<int>(state.range(0));
+}
+int HeightOf(const benchmark::State& state) {
+    return static_cast<int>(state.range(1));
+}
+
+void Gray(benchmark::State& state) {
+    const auto page = CardPage(WidthOf(state), HeightOf(state), 24);
+    DibImage gray;
+    gray.Create(page->Width(), page->Height(), 8);
+    for (auto _ : state) {
+        page->ConvertToGray(gray);
+        benchmark::ClobberMemory();
+    }
+    CountPixels(state);
+}
+BENCHMARK(Gray)->Apply(PageSizes);
+
+// The header of the packed image is put back for each run.
+void Pack(benchmark::State& state) {
+    const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
+    const std::vector<std::uint8_t> source(page->bits, page->bits + page->header->biSizeImage);
+    const BITMAPINFOHEADER header = *page->header;
+    for (auto _ : state) {
+        *page->header = header;
+        page->PackToOneBit(source.data());
+        benchmark::ClobberMemory();
+    }
+    CountPixels(state);
+}
+BENCHMARK(Pack)->Apply(PageSizes);
+
+#ifdef TAVRIX_HAVE_OPENCV
+void Gray_OpenCV(benchmark::State& state) {
+    const auto page = CardPage(WidthOf(state), HeightOf(state), 24);
+    const cv::Mat source(page->Height(), page->Width(), CV_8UC3, page->bits, page->RowBytes());
+    cv::Mat gray;
+    for (auto _ : state) cv::cvtColor(source, gray, cv::COLOR_BGR2GRAY);
+    CountPixels(state);
+}
+BENCHMARK(Gray_OpenCV)->Apply(PageSizes);
+#endif
+
+#ifdef TAVRIX_HAVE_LEPTONICA
+void Pack_Leptonica(benchmark::State& state) {
+    const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
+    PIX* source = pixCreate(page->Width(), page->Height(), 8);
+    for (int y = 0; y < page->Height(); ++y) {
+        l_uint32* line = pixGetData(source) + pixGetWpl(source) * y;
+        for (int x = 0; x < page->Width(); ++x) SET_DATA_BYTE(line, x, page->Row(y)[x]);
+    }
+    for (auto _ : state) {
+        PIX* packed = pixThresholdToBinary(source, 128);
+        benchmark::DoNotOptimize(packed);
+        pixDestroy(&packed);
+    }
+    pixDestroy(&source);
+    CountPixels(state);
+}
+BENCHMARK(Pack_Leptonica)->Apply(PageSizes);
+#endif
+
+}  // namespace
+}  // namespace tavrix::bench
