@@ -6,40 +6,39 @@
 namespace tavrix::TAVRIX_KERNEL_TARGET {
 namespace {
 
-std::uint8_t Gray(const std::uint8_t* pixel) {
+std::uint8_t GrayByRule(const std::uint8_t* pixel) {
     const double blue = pixel[0], green = pixel[1], red = pixel[2];
     return static_cast<std::uint8_t>(0.299 * red + 0.587 * green + 0.114 * blue + 0.5);
 }
 
+unsigned PackByte(const std::uint8_t* pixels, int count, std::uint8_t limit) {
+    unsigned byte = 0;
+    for (int i = 0; i < count; ++i) byte |= (pixels[i] > limit ? 0x80u : 0u) >> i;
+    return byte;
+}
+
 // The vector code computes the rounded quotient of 299 R + 587 G + 114 B and 1000 in integers. It is the
-// same as the rule in double except on ties, where the double sum may come out just below; those pixels
-// are done again by the rule. Sums are held as 8 * s + r, so that 16 bits are enough:
-//   s = 37 R + 73 G + 14 B, r = 3 R + 3 G + 2 B.
+// rule's value except on ties, where the rule's sum in double may come out just below; these are done again
+// by the rule. 16 bits are enough, since the sum is 8 s + r with
+//   s = 37 R + 73 G + 14 B and r = 3 R + 3 G + 2 B.
 constexpr short kHalf = 500;
 // q = n / 125 as n * 33555 >> 22, exact up to n = 59,073.
 constexpr short kQuotientFactor = static_cast<short>(33555);
 constexpr int kQuotientShift = 22 - 16;
-constexpr short kEighth = 125;
+constexpr short kDivisor = 1000;
 
 #ifdef __AVX2__
-constexpr int kGrayStep = 16;  // pixels
+constexpr int kGrayStep = 32;  // pixels
+constexpr int kPackStep = 32;  // pixels
 
-// Blue and green bytes of 8 pixels a lane, then red bytes beside zeros, from the lane's first and last 16
-// of 24 bytes.
-inline __m256i PickBlueGreen(__m256i first, __m256i last) {
-    const __m256i pickFirst =
-        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 3, 4, 6, 7, 9, 10, 12, 13, 15, -1, -1, -1, -1, -1));
-    const __m256i pickLast = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 8, 10, 11, 13, 14));
-    return _mm256_or_si256(_mm256_shuffle_epi8(first, pickFirst), _mm256_shuffle_epi8(last, pickLast));
+using Lanes = __m256i;
+
+inline __m256i Spread(short word) {
+    return _mm256_set1_epi16(word);
 }
 
-inline __m256i PickRed(__m256i first, __m256i last) {
-    const __m256i pickFirst = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(2, -1, 5, -1, 8, -1, 11, -1, 14, -1, -1, -1, -1, -1, -1, -1));
-    const __m256i pickLast = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 9, -1, 12, -1, 15, -1));
-    return _mm256_or_si256(_mm256_shuffle_epi8(first, pickFirst), _mm256_shuffle_epi8(last, pickLast));
+inline __m256i InBothLanes(__m128i lane) {
+    return _mm256_broadcastsi128_si256(lane);
 }
 
 inline __m256i LoadLanes(const std::uint8_t* low, const std::uint8_t* high) {
@@ -48,80 +47,137 @@ inline __m256i LoadLanes(const std::uint8_t* low, const std::uint8_t* high) {
         _mm_loadu_si128(reinterpret_cast<const __m128i*>(high)), 1);
 }
 
-// Gray of 16 pixels; true when one of them is a tie.
-inline bool GrayStep(const std::uint8_t* pixels, std::uint8_t* gray) {
-    const __m256i first = LoadLanes(pixels, pixels + 24);
-    const __m256i last = LoadLanes(pixels + 8, pixels + 32);
-    const __m256i blueGreen = PickBlueGreen(first, last), red = PickRed(first, last);
+// Gray of 16 pixels as words, and which of them are ties.
+inline __m256i Gray16(const std::uint8_t* pixels, __m256i divisor, __m256i& ties) {
+    // Each lane takes 4 pixels from the first 16 of its 24 bytes and 4 from the last 16.
+    const __m256i first =
+        _mm256_shuffle_epi8(LoadLanes(pixels, pixels + 24),
+                            InBothLanes(_mm_setr_epi8(0, 1, 3, 4, 6, 7, 9, 10, 2, -1, 5, -1, 8, -1, 11, -1)));
+    const __m256i last = _mm256_shuffle_epi8(
+        LoadLanes(pixels + 8, pixels + 32),
+        InBothLanes(_mm_setr_epi8(4, 5, 7, 8, 10, 11, 13, 14, 6, -1, 9, -1, 12, -1, 15, -1)));
+    const __m256i blueGreen = _mm256_unpacklo_epi64(first, last);
+    const __m256i red = _mm256_unpackhi_epi64(first, last);
     const __m256i sums = _mm256_add_epi16(_mm256_maddubs_epi16(blueGreen, _mm256_set1_epi16(73 << 8 | 14)),
                                           _mm256_maddubs_epi16(red, _mm256_set1_epi16(37)));
     const __m256i rests =
         _mm256_add_epi16(_mm256_add_epi16(_mm256_maddubs_epi16(blueGreen, _mm256_set1_epi16(3 << 8 | 2)),
-                                          _mm256_maddubs_epi16(red, _mm256_set1_epi16(3))),
-                         _mm256_set1_epi16(kHalf));
+                                          _mm256_set1_epi16(kHalf)),
+                         _mm256_maddubs_epi16(red, _mm256_set1_epi16(3)));
     const __m256i eighths = _mm256_add_epi16(sums, _mm256_srli_epi16(rests, 3));
     const __m256i quotients =
         _mm256_srli_epi16(_mm256_mulhi_epu16(eighths, _mm256_set1_epi16(kQuotientFactor)), kQuotientShift);
-    // A tie leaves nothing: eighths = 125 q and no rest below 8.
-    const __m256i remainder =
-        _mm256_or_si256(_mm256_sub_epi16(eighths, _mm256_mullo_epi16(quotients, _mm256_set1_epi16(kEighth))),
-                        _mm256_and_si256(rests, _mm256_set1_epi16(7)));
-    const __m256i ties = _mm256_cmpeq_epi16(remainder, _mm256_setzero_si256());
-    _mm_storeu_si128(
-        reinterpret_cast<__m128i*>(gray),
-        _mm_packus_epi16(_mm256_castsi256_si128(quotients), _mm256_extracti128_si256(quotients, 1)));
-    return _mm256_movemask_epi8(ties) != 0;
+    // A tie leaves no rest. The sum and 1000 q differ by less than 1000, so their low 16 bits tell.
+    const __m256i whole = _mm256_add_epi16(_mm256_slli_epi16(sums, 3), rests);
+    ties = _mm256_cmpeq_epi16(whole, _mm256_mullo_epi16(quotients, divisor));
+    return quotients;
+}
+
+// Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
+inline std::uint32_t GrayStep(const std::uint8_t* pixels, Lanes divisor, std::uint8_t* gray) {
+    __m256i lowTies, highTies;
+    const __m256i low = Gray16(pixels, divisor, lowTies), high = Gray16(pixels + 48, divisor, highTies);
+    const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), 0xD8);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(gray), bytes);
+    const __m256i ties = _mm256_or_si256(lowTies, highTies);
+    if (_mm256_testz_si256(ties, ties)) [[likely]]
+        return 0;
+    const __m256i masks = _mm256_permute4x64_epi64(_mm256_packs_epi16(lowTies, highTies), 0xD8);
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(masks));
+}
+
+inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* packed) {
+    const __m256i values = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row));
+    const __m256i limits = _mm256_set1_epi8(static_cast<char>(limit));
+    const __m256i black = _mm256_cmpeq_epi8(_mm256_max_epu8(values, limits), limits);
+    const __m256i reversed = _mm256_shuffle_epi8(
+        black, InBothLanes(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8)));
+    const int white = ~_mm256_movemask_epi8(reversed);
+    __builtin_memcpy(packed, &white, sizeof white);
 }
 #else
 constexpr int kGrayStep = 8;   // pixels
+constexpr int kPackStep = 16;  // pixels
+
+inline __m128i LoadBytes(const std::uint8_t* bytes) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+}
+
+using Lanes = __m128i;
+
+inline __m128i Spread(short word) {
+    return _mm_set1_epi16(word);
+}
+
+// Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
+inline std::uint32_t GrayStep(const std::uint8_t* pixels, Lanes divisor, std::uint8_t* gray) {
+    // Interleaving pixels 0 to 3 with 4 to 7, then even with odd ones, three times brings equal channels
+    // together: d holds B0 B2 B4 B6, G0 .., R0 .., B1 ..
+    const __m128i low = LoadBytes(pixels), high = _mm_srli_si128(LoadBytes(pixels + 8), 4);
+    const __m128i a = _mm_unpacklo_epi8(low, high);
+    const __m128i b = _mm_unpacklo_epi8(_mm_srli_si128(low, 6), _mm_srli_si128(high, 6));
+    const __m128i d = _mm_unpacklo_epi8(a, b), e = _mm_unpackhi_epi8(a, b);
+    const __m128i odd = _mm_or_si128(_mm_srli_si128(d, 12), _mm_slli_si128(e, 4));
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i blueGreen = _mm_unpacklo_epi8(d, odd);
+    const __m128i blue = _mm_unpacklo_epi8(blueGreen, zero), green = _mm_unpackhi_epi8(blueGreen, zero);
+    const __m128i red = _mm_unpacklo_epi8(_mm_unpackhi_epi8(d, odd), zero);
+
+    const __m128i sums = _mm_add_epi16(
+        _mm_mullo_epi16(green, _mm_set1_epi16(73)),
+        _mm_add_epi16(_mm_mullo_epi16(red, _mm_set1_epi16(37)), _mm_mullo_epi16(blue, _mm_set1_epi16(14))));
+    const __m128i redGreen = _mm_add_epi16(red, green);
+    const __m128i rests = _mm_add_epi16(_mm_add_epi16(redGreen, _mm_set1_epi16(kHalf)),
+                                        _mm_slli_epi16(_mm_add_epi16(redGreen, blue), 1));
+    const __m128i eighths = _mm_add_epi16(sums, _mm_srli_epi16(rests, 3));
+    const __m128i quotients =
+        _mm_srli_epi16(_mm_mulhi_epu16(eighths, _mm_set1_epi16(kQuotientFactor)), kQuotientShift);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(gray), _mm_packus_epi16(quotients, quotients));
+    // A tie leaves no rest. The sum and 1000 q differ by less than 1000, so their low 16 bits tell.
+    const __m128i whole = _mm_add_epi16(_mm_slli_epi16(sums, 3), rests);
+    const __m128i ties = _mm_cmpeq_epi16(whole, _mm_mullo_epi16(quotients, divisor));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(ties, zero)));
+}
+
+inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* packed) {
+    const __m128i limits = _mm_set1_epi8(static_cast<char>(limit));
+    const __m128i black = _mm_cmpeq_epi8(_mm_max_epu8(LoadBytes(row), limits), limits);
+    // Reverses each 8 pixels: the bytes of words, then the words.
+    const __m128i swapped = _mm_or_si128(_mm_slli_epi16(black, 8), _mm_srli_epi16(black, 8));
+    const __m128i reversed = _mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, 0x1B), 0x1B);
+    const int white = ~_mm_movemask_epi8(reversed);
+    __builtin_memcpy(packed, &white, kPackStep / 8);
+}
 #endif
 
 }  // namespace
 
 void GrayRow(const std::uint8_t* row, int width, std::uint8_t* gray) {
-    int x = 0;
-#ifdef __AVX2__
-    if (width >= kGrayStep) {
-        for (;;) {
-            if (GrayStep(row + 3 * x, gray + x)) [[unlikely]] {
-                for (int i = x; i < x + kGrayStep; ++i) gray[i] = Gray(row + 3 * i);
-            }
-            if (x == width - kGrayStep) return;
-            x = x + kGrayStep < width - kGrayStep ? x + kGrayStep : width - kGrayStep;
-        }
+    const int last = width - kGrayStep;
+    if (last < 0) {
+        for (int x = 0; x < width; ++x) gray[x] = GrayByRule(row + 3 * x);
+        return;
     }
-#endif
-    for (; x < width; ++x) gray[x] = Gray(row + 3 * x);
+    short divisor = kDivisor;
+    asm("" : "+r"(divisor));  // a constant known to the compiler would become a chain of shifts and sums
+    const Lanes divisors = Spread(divisor);
+    const auto step = [=](int x) {
+        std::uint32_t ties = GrayStep(row + 3 * x, divisors, gray + x);
+        for (; ties != 0; ties &= ties - 1) [[unlikely]] {
+                const int i = x + __builtin_ctz(ties);
+                gray[i] = GrayByRule(row + 3 * i);
+            }
+    };
+    for (int x = 0; x < last; x += kGrayStep) step(x);
+    step(last);  // may overlap the one before it
 }
-
-#ifdef __AVX2__
-constexpr int kPackStep = 32;  // pixels
-
-inline std::uint32_t PackStep(__m256i values, __m256i limit) {
-    const __m256i reverse8 =
-        _mm256_broadcastsi128_si256(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8));
-    const __m256i black = _mm256_cmpeq_epi8(_mm256_max_epu8(values, limit), limit);
-    return ~static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_shuffle_epi8(black, reverse8)));
-}
-#else
-constexpr int kPackStep = 16;  // pixels
-#endif
 
 void PackAbove(const std::uint8_t* row, int width, std::uint8_t limit, std::uint8_t* packed) {
     int x = 0;
-#ifdef __AVX2__
-    const __m256i limits = _mm256_set1_epi8(static_cast<char>(limit));
-    for (; x + kPackStep <= width; x += kPackStep) {
-        const std::uint32_t bits =
-            PackStep(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(row + x)), limits);
-        __builtin_memcpy(packed + x / 8, &bits, sizeof bits);
-    }
-#endif
+    for (; x + kPackStep <= width; x += kPackStep) PackStep(row + x, limit, packed + x / 8);
     for (; x < width; x += 8) {
         const int count = width - x < 8 ? width - x : 8;
-        unsigned byte = 0;
-        for (int i = 0; i < count; ++i) byte |= (row[x + i] > limit ? 0x80u : 0u) >> i;
-        packed[x / 8] = static_cast<std::uint8_t>(byte);
+        packed[x / 8] = static_cast<std::uint8_t>(PackByte(row + x, count, limit));
     }
 }
 
