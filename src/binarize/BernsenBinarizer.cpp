@@ -31,7 +31,7 @@ class ExtremesRing {
 
 bool BernsenBinarizer::Binarize() {
     ApplyMarkerPalette();
-    if (width == 0 || height == 0) return true;
+    if (width <= 0 || height <= 0) return true;
     const auto columns = static_cast<std::size_t>(width);
     std::vector<std::uint8_t> padded(columns + 2 * kReach), unused(columns);
     ExtremesRing columns4(1, columns + 2 * kReach);

@@ -22,7 +22,7 @@ bool LocalContrastBinarizer::Binarize() {
 }
 
 void LocalContrastBinarizer::CompareWithWindows(std::int32_t globalThreshold) {
-    if (width == 0) return;
+    if (width <= 0) return;
     // Rows are overwritten while the window still needs them: it keeps copies of its five.
     const auto columns = static_cast<std::size_t>(width);
     std::vector<std::uint8_t> window(kSide * columns, kOutside);

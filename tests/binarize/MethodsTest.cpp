@@ -9,7 +9,7 @@
 #include "binarize/OtsuBinarizer.h"
 #include "binarize/PeakFitBinarizer.h"
 #include "image/ImageTool.h"
-#include "tavrix/message_handler.h"
+#include "support/Messages.h"
 
 namespace tavrix {
 namespace {
@@ -17,6 +17,7 @@ namespace {
 using test::Content;
 using test::GrayPicture;
 using test::HostImage;
+using test::Messages;
 
 // Plain access to the picture as it was; outside reads a fixed value.
 class Source {
@@ -178,18 +179,6 @@ INSTANTIATE_TEST_SUITE_P(All, Methods,
                                          Method{"Gradient", 4, GradientRule},
                                          Method{"Isodata", 6, IsodataRule}),
                          [](const auto& test) { return test.param.name; });
-
-// Hears the messages while it lives.
-class Messages {
-  public:
-    Messages() { TavrixSetMessageHandler(Take, this); }
-    ~Messages() { TavrixSetMessageHandler(nullptr, nullptr); }
-
-    std::vector<std::string> texts;
-
-  private:
-    static void Take(const char* text, void* self) { static_cast<Messages*>(self)->texts.emplace_back(text); }
-};
 
 TEST(Dispatch, ShowsAMessageForUnknownIds) {
     const HostImage host = GrayPicture(20, 20, Content::kText);

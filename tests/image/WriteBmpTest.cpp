@@ -8,6 +8,7 @@
 
 #include "image/DibImage.h"
 #include "support/HostImage.h"
+#include "support/Messages.h"
 
 namespace tavrix {
 namespace {
@@ -59,6 +60,13 @@ TEST(WriteBmp, WritesFileHeaderThenTheImageAsItIs) {
 TEST(WriteBmp, IsSilentWhenTheFolderIsNotThere) {
     const HostImage host(4, 4, 8);
     EXPECT_FALSE(DibImage(host.Handle()).WriteBmp("/no such folder/test.bmp"));
+}
+
+TEST(WriteBmp, ShowsAMessageWhenWritingFails) {
+    const HostImage host(4, 4, 8);
+    const test::Messages messages;
+    EXPECT_FALSE(DibImage(host.Handle()).WriteBmp("/dev/full"));
+    EXPECT_EQ(messages.texts, std::vector<std::string>{"Write BMP error"});
 }
 
 }  // namespace
