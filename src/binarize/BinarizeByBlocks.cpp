@@ -5,6 +5,7 @@
 #include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/GradientBinarizer.h"
 #include "binarize/IsodataBinarizer.h"
+#include "binarize/LineRegionBinarizer.h"
 #include "binarize/LocalContrastBinarizer.h"
 #include "binarize/OtsuBinarizer.h"
 #include "binarize/PeakFitBinarizer.h"
@@ -22,7 +23,7 @@ bool ImageTool::BinarizeByBlocks(std::uint32_t methodId) try {
         case 4: return GradientBinarizer(image).BinarizeBlock();
         case 5: return EdgeRegionBinarizer(image).BinarizeBlock();
         case 6: return IsodataBinarizer(image).BinarizeBlock();
-        case 8: return false;
+        case 8: return LineRegionBinarizer(image).BinarizeBlock();
         default: platform::ShowMessage(platform::kUnknownMode); return false;
     }
 } catch (const std::bad_alloc&) {

@@ -52,7 +52,7 @@ class EdgeRegionReference {
     bool darkTextHint = false, useAltRegionRule = false, sharpenAllowed = true, globalThresholdUsed = false;
     int strokeEndCount = 0, edgeCutOverride = 0;
 
-  private:
+  protected:
     using Histogram = std::array<std::uint32_t, 256>;
     struct Shares {
         float high, mid, midLow, midHigh, low;

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#include "Pages.h"
+#include "binarize/LineRegionBinarizer.h"
+
+namespace tavrix::bench {
+namespace {
+
+// Beside EdgeRegions: the same page by the other page-analysing method.
+void LineRegions(benchmark::State& state, bool (LineRegionBinarizer::*entry)()) {
+    const auto page = CardPage(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), 8);
+    DibImage work(page.get());
+    for (auto _ : state) {
+        *work.header = *page->header;
+        work.CopyBitsFrom(*page);
+        LineRegionBinarizer method(&work);
+        (method.*entry)();
+        benchmark::ClobberMemory();
+    }
+    CountPixels(state);
+}
+BENCHMARK_CAPTURE(LineRegions, Page, &LineRegionBinarizer::Binarize)->Name("LineRegions")->Apply(PageSizes);
+BENCHMARK_CAPTURE(LineRegions, Block, &LineRegionBinarizer::BinarizeBlock)
+    ->Name("LineRegionsBlock")
+    ->Apply(PageSizes);
+
+}  // namespace
+}  // namespace tavrix::bench
