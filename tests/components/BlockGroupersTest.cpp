@@ -6,8 +6,6 @@
 
 #include "PlainGrouping.h"
 #include "StoreSupport.h"
-#include "components/AlignedBlockGrouper.h"
-#include "components/OrientedBlockGrouper.h"
 #include "support/HostImage.h"
 
 namespace tavrix {
@@ -39,8 +37,8 @@ store::Box RandomBox(Random& random, int kind, int width, int height) {
         (random() % 2 != 0 ? w : h) = 20 + Below(random, width);
     } else if (kind == 5) {
         w = h = 4 + 4 * Below(random, 3);
-        x = x / 12 * 12;
-        y = y / 12 * 12;
+        x = x / 40 * 40;
+        y = y / 40 * 40;
     }
     return {static_cast<std::int16_t>(x), static_cast<std::int16_t>(std::min(y + h, height) - 1),
             static_cast<std::int16_t>(std::min(x + w, width) - 1), static_cast<std::int16_t>(y)};
@@ -97,6 +95,19 @@ TEST(BlockGroupers, FollowTheDefinitionOnRandomBoxes) {
             while (s->firstBlock != nullptr) store::DeleteBlock(*s, s->firstBlock);
         }
     }
+}
+
+// A component of five columns does not count for one whose centre lies on its last column: by that one vote
+// the text is horizontal and the components stay apart.
+TEST(BlockGroupers, VotesNeedTheCentreInside) {
+    Store s;
+    ComponentNode* block = store::InsertBlock(s, nullptr, nullptr, {});
+    ComponentNode* line = store::InsertLine(s, block, nullptr, nullptr, {0, 99, 99, 0});
+    store::InsertComponent(s, line, nullptr, nullptr, {22, 4, 26, 0});
+    store::InsertComponent(s, line, nullptr, line->firstChild, {20, 19, 24, 10});
+    const HostImage image(200, 200, 1);
+    ASSERT_EQ(Grouping(image.Record(), &s, nullptr, 0, 0, 0), 1);
+    EXPECT_EQ(s.blockCount, 3u);
 }
 
 TEST(BlockGroupers, KeepTheBlocksMadeSoFarWhenTheStoreIsFull) {
