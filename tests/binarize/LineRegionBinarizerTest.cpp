@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "binarize/LineRegionBinarizer.h"
 #include "binarize/LineRegionReference.h"
 #include "binarize/RandomPages.h"
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#define TAVRIX_CAN_LIMIT_MEMORY
+#endif
 
 namespace tavrix {
 namespace {
@@ -155,7 +163,7 @@ TEST(LineRegionPages, TurnDarkBandsIntoDarkTextOnWhite) {
 
 // Pages made for what card pages hardly ever are.
 
-// 480 dots a band of 8 rows, a fifth black: very busy and bright.
+// Dots four pixels apart, a fifth of the page black: very busy and bright.
 HostImage DotsBesideBlack() {
     HostImage page(480, 490, 8);
     Fill(page, 0, 0, 479, 489, 255);
@@ -258,6 +266,53 @@ TEST(LineRegionPages, TakeEveryBranch) {
         EXPECT_EQ(taken.count(branch), 1u) << branch;
     }
 }
+
+#ifdef TAVRIX_CAN_LIMIT_MEMORY
+// Planes take new address space, whatever was freed before.
+const int kLargeBlocksApart = mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+
+// Bounds what the process may still allocate while the object lives.
+class MemoryLimit {
+  public:
+    explicit MemoryLimit(std::size_t bytes) {
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        getrlimit(RLIMIT_AS, &before);
+        const rlimit now{pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + bytes, before.rlim_max};
+        setrlimit(RLIMIT_AS, &now);
+    }
+    ~MemoryLimit() { setrlimit(RLIMIT_AS, &before); }
+
+  private:
+    rlimit before;
+};
+
+// Whatever allocation fails, of planes, stores or containers, the host gets a whole 1-bit image.
+TEST(LineRegionPages, BecomeOneBitImagesWhenMemoryRunsOut) {
+    constexpr int kStep = 700'000, kEnough = 28'000'000;  // bytes
+    ASSERT_EQ(kLargeBlocksApart, 1);
+    for (const bool block : {false, true}) {
+        int packed = 0;
+        for (int budget = kEnough; budget >= 0; budget -= kStep) {
+            const HostImage page = CardPage(321);
+            DibRecord record{};
+            {
+                const MemoryLimit limit(static_cast<std::size_t>(budget));
+                ASSERT_EQ(block ? Binarized_Separate_Block(page.Handle(), &record, kMode)
+                                : Binarized(page.Handle(), &record, kMode),
+                          1);
+            }
+            const HostImage result(record);
+            ASSERT_EQ(result.Header().biBitCount, 1);
+            ASSERT_EQ(result.Header().biSizeImage, result.RowBytes() * page.Height());
+            const bool failed = page.Header().biBitCount == 8;  // packed as it was left
+            ASSERT_FALSE(failed && budget == kEnough);
+            packed += failed;
+        }
+        EXPECT_GT(packed, 0);
+    }
+}
+#endif
 
 }  // namespace
 }  // namespace tavrix
