@@ -5,8 +5,6 @@
 
 #include <cstring>
 
-#include "image/DibLayout.h"
-
 namespace tavrix::TAVRIX_KERNEL_TARGET {
 namespace {
 
@@ -87,12 +85,14 @@ void TransposeTile(const std::uint8_t* source, std::ptrdiff_t sourceStride, std:
     for (int i = 0; i < kStrip; ++i) Store(target + targetStride * i, v[i]);
 }
 
-std::uint8_t Reversed(std::uint8_t byte) {
-    unsigned b = byte;
-    b = (b >> 4 & 0x0Fu) | (b << 4 & 0xF0u);
-    b = (b >> 2 & 0x33u) | (b << 2 & 0xCCu);
-    b = (b >> 1 & 0x55u) | (b << 1 & 0xAAu);
-    return static_cast<std::uint8_t>(b);
+constexpr std::uint64_t kEveryByte = 0x0101010101010101;
+
+// Eight bytes in reverse order, and the bits of each as well.
+std::uint64_t Reversed(std::uint64_t bits) {
+    bits = (bits >> 4 & 0x0F0F0F0F0F0F0F0F) | (bits & 0x0F0F0F0F0F0F0F0F) << 4;
+    bits = (bits >> 2 & 0x3333333333333333) | (bits & 0x3333333333333333) << 2;
+    bits = (bits >> 1 & 0x5555555555555555) | (bits & 0x5555555555555555) << 1;
+    return __builtin_bswap64(bits);
 }
 
 }  // namespace
@@ -115,11 +115,27 @@ void CopyBits(const std::uint8_t* source, int first, int count, std::uint8_t* ta
 }
 
 void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t* target) {
-    std::uint8_t reversed[kMaxSide / 8 + 2];
-    const int firstByte = first / 8, lastByte = (first + count - 1) / 8;
-    const int bytes = lastByte - firstByte + 1;
-    for (int i = 0; i < bytes; ++i) reversed[i] = Reversed(source[lastByte - i]);
-    CopyBits(reversed, 7 - (first + count - 1) % 8, count, target);
+    // Words of the source from its end; where they start inside a byte, each byte is put together from two.
+    const int end = first + count, shift = end % 8, whole = count / 64;
+    const std::uint64_t high = kEveryByte * (0xFFu << shift & 0xFFu),
+                        low = kEveryByte * (0xFFu >> (8 - shift));
+    const std::uint8_t* from = source + end / 8 - 8;
+    const std::uint8_t* next = shift != 0 ? from + 1 : from;
+    for (int i = 0; i < whole; ++i) {
+        std::uint64_t word, following;
+        std::memcpy(&word, from - 8 * i, sizeof word);
+        std::memcpy(&following, next - 8 * i, sizeof following);
+        word = Reversed((word << shift & high) | (following >> (8 - shift) & low));
+        std::memcpy(target + 8 * i, &word, sizeof word);
+    }
+    if (const int rest = count % 64; rest != 0) {
+        std::uint8_t bytes[8] = {};
+        CopyBits(source, first, rest, bytes);
+        std::uint64_t word;
+        std::memcpy(&word, bytes, sizeof word);
+        word = __builtin_bswap64(__builtin_bswap64(Reversed(word)) << (64 - rest));
+        std::memcpy(target + 8 * whole, &word, static_cast<std::size_t>(rest + 7) / 8);
+    }
 }
 
 void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,

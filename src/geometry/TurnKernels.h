@@ -13,7 +13,7 @@
     /* Copies count (> 0) bits from bit first of source to the start of target; unused bits of the      \
      * last byte become 0. */                                                                           \
     void CopyBits(const std::uint8_t* source, int first, int count, std::uint8_t* target);              \
-    /* The same in reverse order. At most kMaxSide bits. */                                             \
+    /* The same in reverse order. */                                                                    \
     void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t* target);           \
     /* Target bit (y, x) = source bit (x, y). Target rows are whole 32-bit words; bits past the         \
      * source's height become 0. */                                                                     \

@@ -150,16 +150,17 @@ void Spread(const BitRows& rows, int radius, Word* scratch) {
 void EdgeRow(const Byte* before, const Byte* row, const Byte* after, int count, Byte* target) {
     // A component at the limit decides alone, so that the squares fit 16 bits.
     constexpr std::int16_t kLimit = 127;
-    const auto magnitude = [](int value) {
-        const auto narrow = static_cast<std::int16_t>(value < 0 ? -value : value);
-        return narrow < kLimit ? narrow : kLimit;
+    const auto magnitude = [](std::int16_t value) {
+        const auto size = static_cast<std::int16_t>(value < 0 ? -value : value);
+        return size < kLimit ? size : kLimit;
     };
     for (int x = 0; x < count; ++x) {
-        const std::int16_t gy = magnitude(2 * (before[x] - after[x]) - after[x - 1] - after[x + 1] +
-                                          before[x - 1] + before[x + 1]);
-        const std::int16_t gx = magnitude(2 * (row[x + 1] - row[x - 1]) - before[x - 1] - after[x - 1] +
-                                          before[x + 1] + after[x + 1]);
-        const auto squares = static_cast<std::int16_t>(gx * gx + gy * gy);
+        const auto gy = static_cast<std::int16_t>(2 * (before[x] - after[x]) - after[x - 1] - after[x + 1] +
+                                                  before[x - 1] + before[x + 1]);
+        const auto gx = static_cast<std::int16_t>(2 * (row[x + 1] - row[x - 1]) - before[x - 1] -
+                                                  after[x - 1] + before[x + 1] + after[x + 1]);
+        const std::int16_t sizeY = magnitude(gy), sizeX = magnitude(gx);
+        const auto squares = static_cast<std::int16_t>(sizeX * sizeX + sizeY * sizeY);
         target[x] = squares >= kLimit * kLimit ? 0 : 255;
     }
 }
