@@ -14,10 +14,10 @@ constexpr int kStrip = 16;  // bytes of a row that one transposition takes
 #ifdef __AVX2__
 using Vector = __m256i;
 using RowBits = std::uint32_t;
-Vector Load(const std::uint8_t* const* rows) {
+Vector Load(const std::uint8_t* row, const std::uint8_t* sixteenAfter) {
     return _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[0]))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[16])), 1);
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(row))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(sixteenAfter)), 1);
 }
 Vector Low(Vector a, Vector b) {
     return _mm256_unpacklo_epi8(a, b);
@@ -37,8 +37,8 @@ void Store(std::uint8_t* to, Vector a) {
 #else
 using Vector = __m128i;
 using RowBits = std::uint16_t;
-Vector Load(const std::uint8_t* const* rows) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows[0]));
+Vector Load(const std::uint8_t* row, const std::uint8_t*) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row));
 }
 Vector Low(Vector a, Vector b) {
     return _mm_unpacklo_epi8(a, b);
@@ -58,30 +58,34 @@ void Store(std::uint8_t* to, Vector a) {
 #endif
 constexpr int kRows = 8 * sizeof(RowBits);
 
+[[gnu::always_inline]] inline void Interleave(const Vector from[kStrip], Vector to[kStrip]) {
+#pragma GCC unroll 8
+    for (int i = 0; i < kStrip / 2; ++i) {
+        to[2 * i] = Low(from[i], from[i + kStrip / 2]);
+        to[2 * i + 1] = High(from[i], from[i + kStrip / 2]);
+    }
+}
+
 // Transposes the bytes of 16 x 16 squares: afterwards vector i holds byte i of every row. Interleaving
 // vector i with vector i + 8, four times over, moves every byte to its place.
-void TransposeSquares(Vector v[kStrip]) {
+[[gnu::always_inline]] inline void TransposeSquares(Vector v[kStrip]) {
     Vector w[kStrip];
-    for (int round = 0; round < 2; ++round) {
-        for (int i = 0; i < 8; ++i) {
-            w[2 * i] = Low(v[i], v[i + 8]);
-            w[2 * i + 1] = High(v[i], v[i + 8]);
-        }
-        for (int i = 0; i < 8; ++i) {
-            v[2 * i] = Low(w[i], w[i + 8]);
-            v[2 * i + 1] = High(w[i], w[i + 8]);
-        }
-    }
+    Interleave(v, w);
+    Interleave(w, v);
+    Interleave(v, w);
+    Interleave(w, v);
 }
 
 // kStrip columns of kRows rows.
 void TransposeTile(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* target,
                    std::ptrdiff_t targetStride) {
-    const std::uint8_t* rows[kRows];
-    for (int i = 0; i < kRows; ++i) rows[i] = source + sourceStride * i;
     Vector v[kStrip];
-    for (int i = 0; i < kStrip; ++i) v[i] = Load(rows + i);
+#pragma GCC unroll 16
+    for (int i = 0; i < kStrip; ++i) {
+        v[i] = Load(source + sourceStride * i, source + sourceStride * ((i + 16) % kRows));
+    }
     TransposeSquares(v);
+#pragma GCC unroll 16
     for (int i = 0; i < kStrip; ++i) Store(target + targetStride * i, v[i]);
 }
 
@@ -158,7 +162,8 @@ void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int 
                 }
             }
             Vector v[kStrip];
-            for (int i = 0; i < kStrip; ++i) v[i] = Load(rows + i);
+#pragma GCC unroll 16
+            for (int i = 0; i < kStrip; ++i) v[i] = Load(rows[i], rows[(i + 16) % kRows]);
             TransposeSquares(v);
             std::uint8_t* to = target + targetStride * x0 + y0 / 8;
             for (int byte = 0; byte < bytes; ++byte) {
@@ -190,17 +195,15 @@ void TransposeBytes(const std::uint8_t* source, std::ptrdiff_t sourceStride, int
         }
         return;
     }
-    // Squares of whole cache lines; the last tile of a row or column overlaps the one before.
-    constexpr int kSquare = 64;
-    for (int top = 0; top < height; top += kSquare) {
-        for (int left = 0; left < width; left += kSquare) {
-            for (int row = top; row < top + kSquare && row < height; row += kRows) {
-                const int y = row < height - kRows ? row : height - kRows;
-                for (int column = left; column < left + kSquare && column < width; column += kStrip) {
-                    const int x = column < width - kStrip ? column : width - kStrip;
-                    TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
-                                  targetStride);
-                }
+    // In bands of whole cache lines; the last tile of a row or column overlaps the one before.
+    constexpr int kBand = 64;
+    for (int left = 0; left < width; left += kBand) {
+        for (int row = 0; row < height; row += kRows) {
+            const int y = row < height - kRows ? row : height - kRows;
+            for (int column = left; column < left + kBand && column < width; column += kStrip) {
+                const int x = column < width - kStrip ? column : width - kStrip;
+                TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
+                              targetStride);
             }
         }
     }
