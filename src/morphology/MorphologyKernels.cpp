@@ -155,10 +155,9 @@ void EdgeRow(const Byte* before, const Byte* row, const Byte* after, int count, 
         return size < kLimit ? size : kLimit;
     };
     for (int x = 0; x < count; ++x) {
-        const auto gy = static_cast<std::int16_t>(2 * (before[x] - after[x]) - after[x - 1] - after[x + 1] +
-                                                  before[x - 1] + before[x + 1]);
-        const auto gx = static_cast<std::int16_t>(2 * (row[x + 1] - row[x - 1]) - before[x - 1] -
-                                                  after[x - 1] + before[x + 1] + after[x + 1]);
+        const int diagonal = after[x + 1] - before[x - 1], antidiagonal = before[x + 1] - after[x - 1];
+        const auto gx = static_cast<std::int16_t>(diagonal + antidiagonal + 2 * (row[x + 1] - row[x - 1]));
+        const auto gy = static_cast<std::int16_t>(diagonal - antidiagonal + 2 * (after[x] - before[x]));
         const std::int16_t sizeY = magnitude(gy), sizeX = magnitude(gx);
         const auto squares = static_cast<std::int16_t>(sizeX * sizeX + sizeY * sizeY);
         target[x] = squares >= kLimit * kLimit ? 0 : 255;
