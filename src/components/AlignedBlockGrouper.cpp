@@ -4,10 +4,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
+#include <cstring>
 #include <new>
-#include <numeric>
-#include <queue>
+#include <utility>
 #include <vector>
 
 #include "components/BlockGathering.h"
@@ -33,10 +32,27 @@ std::int16_t Clamp16(int side) {
     return static_cast<std::int16_t>(std::clamp(side, -32768, 32767));
 }
 
-bool DoTouch(const ComponentNode& a, const ComponentNode& b) {
+bool DoTouch(const Box& a, const Box& b) {
     return std::max(a.left, b.left) <= std::min(a.right, b.right) &&
            std::max(a.bottom, b.bottom) <= std::min(a.top, b.top);
 }
+
+// A set of list positions that is worked off in ascending order while it grows.
+class PositionSet {
+  public:
+    PositionSet(std::size_t count, bool isFull) : flags(count, isFull) {}
+    void Insert(int position) { flags[position] = 1; }
+    void Clear() { std::fill(flags.begin(), flags.end(), char{0}); }
+    // The first member from position `from` on, or -1.
+    int Next(int from) const {
+        const char* start = flags.data() + from;
+        const void* found = std::memchr(start, 1, flags.size() - from);
+        return found != nullptr ? static_cast<int>(static_cast<const char*>(found) - flags.data()) : -1;
+    }
+
+  private:
+    std::vector<char> flags;
+};
 
 // Joins blocks whose first lines are aligned. A pass gives each block in list order a turn to take in the
 // nearest aligned block, then joins blocks that touch. Alignment is symmetric, so a block whose turn was
@@ -48,63 +64,48 @@ class BlockJoiner {
         : store(target),
           mean(meanSize),
           blocks(BlocksOf(target)),
-          index(blocks.size(), [this](std::size_t i) { return BoxOf(*blocks[i]); }) {
-        turns.resize(blocks.size());
-        std::iota(turns.begin(), turns.end(), 0);
-        changed = turns;
+          index(blocks.size(), [this](std::size_t i) { return BoxOf(*blocks[i]); }),
+          alignTurns(blocks.size(), true),
+          laterAlignTurns(blocks.size(), false),
+          touchTurns(blocks.size(), true),
+          laterTouchTurns(blocks.size(), false) {
+        for (const ComponentNode* block : blocks) boxes.push_back(BoxOf(*block));
     }
 
     // One pass; whether it joined aligned blocks.
     bool JoinAligned() {
-        std::priority_queue<int, std::vector<int>, std::greater<>> queue({}, std::move(turns));
-        turns.clear();
         bool hasJoined = false;
-        for (int last = -1; !queue.empty();) {
-            const int i = queue.top();
-            queue.pop();
-            if (i == last || blocks[i] == nullptr) continue;
-            last = i;
+        for (int i = alignTurns.Next(0); i >= 0; i = alignTurns.Next(i + 1)) {
+            if (blocks[i] == nullptr) continue;
             const int nearest = NearestAligned(i);
             if (nearest < 0) continue;
             Join(i, nearest);
             blocks[i]->tag = blocks[i]->firstChild->tag;
             hasJoined = true;
-            changed.push_back(i);
-            turns.push_back(i);
-            ForEachAligned(i, [&](int k, int) { k > i ? queue.push(k) : turns.push_back(k); });
+            laterAlignTurns.Insert(i);
+            ForEachAligned(i, [&](int k, int) { (k > i ? alignTurns : laterAlignTurns).Insert(k); });
+            AddTouchTurns(i, touchTurns);
         }
+        StartNext(alignTurns, laterAlignTurns);
         return hasJoined;
     }
 
     // One pass over all pairs that touch, each block growing while it is compared with later ones.
     void JoinTouching() {
-        std::vector<int> pending;
-        for (const int i : changed) {
-            if (blocks[i] == nullptr) continue;
-            pending.push_back(i);
-            const Box area = BoxOf(*blocks[i]);
-            for (int k = index.Next(0, area); k < i; k = index.Next(k + 1, area)) {
-                if (DoTouch(*blocks[k], *blocks[i])) pending.push_back(k);
-            }
-        }
-        std::sort(pending.begin(), pending.end());
-        pending.erase(std::unique(pending.begin(), pending.end()), pending.end());
-        changed.clear();
-        for (const int i : pending) {
+        for (int i = touchTurns.Next(0); i >= 0; i = touchTurns.Next(i + 1)) {
             if (blocks[i] == nullptr) continue;
             bool hasChanged = false;
-            for (int k = index.Next(i + 1, BoxOf(*blocks[i])); k < index.Count();
-                 k = index.Next(k + 1, BoxOf(*blocks[i]))) {
-                if (!DoTouch(*blocks[i], *blocks[k])) continue;
+            for (int k = index.Next(i + 1, boxes[i]); k < index.Count(); k = index.Next(k + 1, boxes[i])) {
+                if (!DoTouch(boxes[i], boxes[k])) continue;
                 Join(i, k);
                 hasChanged = true;
             }
-            if (hasChanged) changed.push_back(i);
+            if (!hasChanged) continue;
+            alignTurns.Insert(i);
+            ForEachAligned(i, [&](int k, int) { alignTurns.Insert(k); });
+            AddTouchTurns(i, laterTouchTurns);
         }
-        for (const int i : changed) {
-            turns.push_back(i);
-            ForEachAligned(i, [&](int k, int) { turns.push_back(k); });
-        }
+        StartNext(touchTurns, laterTouchTurns);
     }
 
   private:
@@ -115,8 +116,19 @@ class BlockJoiner {
         return blocks;
     }
 
+    static void StartNext(PositionSet& turns, PositionSet& later) {
+        std::swap(turns, later);
+        later.Clear();
+    }
+
+    // After a change of block i: the turns in which it meets others.
+    void AddTouchTurns(int i, PositionSet& turns) const {
+        turns.Insert(i);
+        for (int k = index.Next(0, boxes[i]); k < i; k = index.Next(k + 1, boxes[i])) turns.Insert(k);
+    }
+
     // Gap between two blocks one above or beside the other, or -1 when they are not aligned.
-    int AlignedGap(const ComponentNode& a, const ComponentNode& b) const {
+    int AlignedGap(const Box& a, const Box& b) const {
         constexpr int kNotAligned = -1;
         const int aw = WidthOf(a), ah = HeightOf(a), bw = WidthOf(b), bh = HeightOf(b);
         const int maxShort = 5 * std::max(mean.w, mean.h);
@@ -145,15 +157,15 @@ class BlockJoiner {
     // the shorter one + 3 mean sizes.
     template <class Visit>
     void ForEachAligned(int i, Visit visit) const {
-        const ComponentNode& block = *blocks[i];
-        const int reachX = 4 * (HeightOf(block) + 3 * mean.h), reachY = 4 * (WidthOf(block) + 3 * mean.w);
-        const Box box = Ordered(BoxOf(block));
+        const int reachX = 4 * (HeightOf(boxes[i]) + 3 * mean.h),
+                  reachY = 4 * (WidthOf(boxes[i]) + 3 * mean.w);
+        const Box box = Ordered(boxes[i]);
         const Box column{box.left, Clamp16(box.top + reachY), box.right, Clamp16(box.bottom - reachY)};
         const Box row{Clamp16(box.left - reachX), box.top, Clamp16(box.right + reachX), box.bottom};
         for (const Box& area : {column, row}) {
             for (int k = index.Next(0, area); k < index.Count(); k = index.Next(k + 1, area)) {
                 if (k == i) continue;
-                const int gap = AlignedGap(block, *blocks[k]);
+                const int gap = AlignedGap(boxes[i], boxes[k]);
                 if (gap >= 0) visit(k, gap);
             }
         }
@@ -179,7 +191,8 @@ class BlockJoiner {
         blocks[i]->top = into->top;
         blocks[i]->right = into->right;
         blocks[i]->bottom = into->bottom;
-        index.Set(i, BoxOf(*into));
+        boxes[i] = BoxOf(*into);
+        index.Set(i, boxes[i]);
         store::DeleteBlock(store, blocks[k]);
         index.Remove(k);
         blocks[k] = nullptr;
@@ -188,9 +201,12 @@ class BlockJoiner {
     ComponentStore& store;
     MeanSize mean;
     std::vector<ComponentNode*> blocks;  // in list order; null for those taken in
+    std::vector<Box> boxes;
     BoxIndex index;
-    std::vector<int> turns;    // blocks that may be aligned with another one
-    std::vector<int> changed;  // blocks that may touch another one
+    PositionSet alignTurns;  // blocks that may be aligned with another one
+    PositionSet laterAlignTurns;
+    PositionSet touchTurns;  // blocks that may touch a later one
+    PositionSet laterTouchTurns;
 };
 
 }  // namespace

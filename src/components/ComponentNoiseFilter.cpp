@@ -140,8 +140,8 @@ void ComponentNoiseFilter::FilterLineNoise(ComponentStore& store) {
         ForEach(block->firstChild, [&](ComponentNode* line) {
             if (line->firstChild == nullptr) return;
             // One mean stands in for the other when that has nothing to count.
-            const int mean =
-                std::max(MeanSide(line->firstChild, WidthOf), MeanSide(line->firstChild, HeightOf));
+            const int mean = std::max(MeanSide(line->firstChild, WidthOf<ComponentNode>),
+                                      MeanSide(line->firstChild, HeightOf<ComponentNode>));
             if (mean == 0) {
                 store::DeleteLine(store, line);
                 return;

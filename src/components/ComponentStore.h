@@ -58,12 +58,14 @@ void SortChildrenByLeft(ComponentNode* parent, bool ascending);
 // Fits every line of the block to its components and deletes lines without any.
 void RebuildLineBoxes(ComponentStore& store, ComponentNode* block);
 
-// Width and height of a node's rectangle, as the unsigned 16-bit numbers that the rules compare.
-inline std::uint16_t WidthOf(const ComponentNode& node) {
-    return static_cast<std::uint16_t>(node.right - node.left + 1);
+// Width and height of a node or a box, as the unsigned 16-bit numbers that the rules compare.
+template <class Rectangle>
+std::uint16_t WidthOf(const Rectangle& box) {
+    return static_cast<std::uint16_t>(box.right - box.left + 1);
 }
-inline std::uint16_t HeightOf(const ComponentNode& node) {
-    return static_cast<std::uint16_t>(node.top - node.bottom + 1);
+template <class Rectangle>
+std::uint16_t HeightOf(const Rectangle& box) {
+    return static_cast<std::uint16_t>(box.top - box.bottom + 1);
 }
 // Centre, truncated toward zero.
 inline int CentreX(const ComponentNode& node) {

@@ -104,9 +104,7 @@ bool IsTextHorizontal(const ComponentStore& store) {
 }
 
 double AreaOf(const Box& box) {
-    const auto w = static_cast<std::uint16_t>(box.right - box.left + 1);
-    const auto h = static_cast<std::uint16_t>(box.top - box.bottom + 1);
-    return static_cast<double>(w) * h;
+    return static_cast<double>(WidthOf(box)) * HeightOf(box);
 }
 
 bool OverlapsByRatio(const SmearedBox& a, const SmearedBox& b) {
@@ -127,8 +125,7 @@ bool OrientedBlockGrouper::Run(ComponentStore& store) try {
         SmearedBox box{{node.left, 0, 0, node.bottom}};
         box.right = static_cast<std::int16_t>(std::min<double>(node.right + stepX, width - 1));
         box.top = static_cast<std::int16_t>(std::min<double>(node.top + stepY, height - 1));
-        box.wide =
-            static_cast<std::uint16_t>(box.right - box.left + 1) > static_cast<int>(width * kWideShare);
+        box.wide = WidthOf(box) > static_cast<int>(width * kWideShare);
         return box;
     });
     if (!GatherByCentre(store, MergeOverlaps(boxes, OverlapsByRatio))) return false;
