@@ -153,21 +153,26 @@ class BlockJoiner {
     }
 
     // Calls visit(position, gap) for the blocks aligned with block i: first those above and below it, then
-    // those beside it, each in list order. The size rule bounds the gap: the longer of two sides is below
-    // the shorter one + 3 mean sizes.
+    // those beside it, each in list order, where its own shape allows any. The size rule bounds the gap: the
+    // longer of two sides is below the shorter one + 3 mean sizes.
     template <class Visit>
     void ForEachAligned(int i, Visit visit) const {
-        const int reachX = 4 * (HeightOf(boxes[i]) + 3 * mean.h),
-                  reachY = 4 * (WidthOf(boxes[i]) + 3 * mean.w);
+        const int w = WidthOf(boxes[i]), h = HeightOf(boxes[i]);
         const Box box = Ordered(boxes[i]);
-        const Box column{box.left, Clamp16(box.top + reachY), box.right, Clamp16(box.bottom - reachY)};
-        const Box row{Clamp16(box.left - reachX), box.top, Clamp16(box.right + reachX), box.bottom};
-        for (const Box& area : {column, row}) {
+        const auto visitIn = [&](const Box& area) {
             for (int k = index.Next(0, area); k < index.Count(); k = index.Next(k + 1, area)) {
                 if (k == i) continue;
                 const int gap = AlignedGap(boxes[i], boxes[k]);
                 if (gap >= 0) visit(k, gap);
             }
+        };
+        if (2 * h >= w) {
+            const int reach = 4 * (w + 3 * mean.w);
+            visitIn({box.left, Clamp16(box.top + reach), box.right, Clamp16(box.bottom - reach)});
+        }
+        if (h <= 2 * w) {
+            const int reach = 4 * (h + 3 * mean.h);
+            visitIn({Clamp16(box.left - reach), box.top, Clamp16(box.right + reach), box.bottom});
         }
     }
 

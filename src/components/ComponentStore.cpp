@@ -2,10 +2,17 @@
 #include "components/ComponentStore.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "platform/GlobalMemory.h"
 
 namespace tavrix::store {
+
+// The layout that 32-bit hosts share.
+static_assert(sizeof(void*) != 4 ||
+              (sizeof(ComponentNode) == 124 && offsetof(ComponentNode, pixelCount) == 100 &&
+               sizeof(ComponentStore) == 40));
+
 namespace {
 
 // A side of this value (0xFFFF) stands for "not set" where MoveToParent widens a parent.

@@ -100,6 +100,9 @@ TEST(ComponentExtractor, FollowsTheDefinitionOnRandomPictures) {
             CompareExtractions(HostImage::Random(width, height, 1, random, black), expected, found);
         }
     }
+    for (const double black : {0.05, 0.3, 0.45}) {  // thousands of components that end on the way
+        CompareExtractions(HostImage::Random(500, 400, 1, random, black), expected, found);
+    }
 }
 
 TEST(ComponentExtractor, FollowsTheDefinitionInAlmostFullStores) {
