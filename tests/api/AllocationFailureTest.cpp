@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "api/ExportCalls.h"
+#include "components/ComponentStore.h"
+#include "support/HostImage.h"
+
+// Counts the allocations of the code under test and lets chosen ones fail. calloc, from which global
+// memory comes, is redirected by the linker.
+namespace {
+
+std::atomic<bool> counting{false};
+std::atomic<int> countdown{0};  // allocations until one fails
+std::atomic<bool> failsOnwards{false};
+std::atomic<int> failed{0};
+std::atomic<int> live{0};  // blocks of operator new
+
+bool Fails() {
+    if (!counting) return false;
+    const int left = --countdown;
+    const bool fails = left == 0 || (left < 0 && failsOnwards);
+    failed += fails ? 1 : 0;
+    return fails;
+}
+
+void* Allocate(std::size_t bytes, std::size_t alignment) {
+    if (Fails()) throw std::bad_alloc();
+    const std::size_t rounded = (bytes + alignment) / alignment * alignment;
+    void* memory = alignment <= alignof(std::max_align_t) ? std::malloc(bytes + 1)
+                                                          : std::aligned_alloc(alignment, rounded);
+    if (memory == nullptr) throw std::bad_alloc();
+    ++live;
+    return memory;
+}
+
+void Deallocate(void* memory) noexcept {
+    if (memory == nullptr) return;
+    --live;
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    return Allocate(bytes, 1);
+}
+void* operator new(std::size_t bytes, std::align_val_t alignment) {
+    return Allocate(bytes, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept {
+    Deallocate(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    Deallocate(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    Deallocate(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    Deallocate(memory);
+}
+
+extern "C" {
+void* __real_calloc(std::size_t count, std::size_t bytes);
+void* __wrap_calloc(std::size_t count, std::size_t bytes);
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+    return Fails() ? nullptr : __real_calloc(count, bytes);
+}
+}
+
+namespace tavrix::test {
+namespace {
+
+// A page with a line of letters, a large mark and specks, so that every step has something to work on.
+HostImage Page(int bitCount) {
+    HostImage image(60, 34, bitCount);
+    for (int y = 0; y < image.Height(); ++y) {
+        for (int x = 0; x < image.Width(); ++x) {
+            const bool letter = y >= 10 && y < 20 && x > 5 && x < 55 && x % 7 < 5 && (x % 7 < 2 || y % 5 < 2);
+            const bool mark = y > 24 && y < 32 && x > 40 && x < 52;
+            const bool speck = (x * 31 + y * 17) % 211 == 0;
+            const bool black = letter || mark || speck;
+            const auto level = static_cast<std::uint8_t>(black ? 40 + x % 5 : 200 + (x + y) % 9);
+            if (bitCount == 1) {
+                image.SetBit(x, y, !black);
+            } else {
+                for (int i = 0; i < bitCount / 8; ++i) image.Row(y)[bitCount / 8 * x + i] = level;
+            }
+        }
+    }
+    return image;
+}
+
+bool IsConsistent(const ComponentNode* first, const ComponentNode* parent, unsigned& nodes) {
+    const ComponentNode* prev = nullptr;
+    for (const ComponentNode* node = first; node != nullptr; prev = node, node = node->next) {
+        ++nodes;
+        if (node->parent != parent || node->prev != prev) return false;
+        if (node->kind != NODE_COMPONENT && !IsConsistent(node->firstChild, node, nodes)) return false;
+    }
+    return true;
+}
+
+class AllocationFailure : public testing::TestWithParam<ExportCall> {
+  protected:
+    // The tables of global memory grow and stay; here before anything is counted.
+    static void SetUpTestSuite() {
+        std::vector<HGLOBAL> handles(5000);
+        for (HGLOBAL& handle : handles) handle = GlobalAlloc(GHND, 40);
+        for (const HGLOBAL handle : handles) GlobalFree(handle);
+    }
+
+    // Lets the n-th allocation fail (or all from there on). True when the call made fewer.
+    bool Try(int bitCount, int n, bool onwards) {
+        const ExportCall& call = GetParam();
+        const HostImage image = Page(bitCount);
+        ComponentStore store{};
+        if (!call.byHandle && !store::Create(store)) ADD_FAILURE();
+        if (call.needsTree) Extract_Eight_Connected_Components(image.Record(), &store, 1, 0, 0);
+        const CallInput input{image.Handle(), image.Record(), &store};
+        DibRecord marker{};
+        marker.bits = reinterpret_cast<std::uint8_t*>(&marker);
+        DibRecord result = marker;
+
+        const int liveBefore = live;
+        failed = 0;
+        countdown = n;
+        failsOnwards = onwards;
+        counting = true;
+        const bool accepted = call.run(input, &result);
+        counting = false;
+
+        const bool written = std::memcmp(&result, &marker, sizeof marker) != 0;
+        const bool replaced = written && GlobalHandle(image.Record().header) == nullptr;
+        if (written) {
+            EXPECT_TRUE(accepted) << "refused, but the record was written";
+            EXPECT_EQ(GlobalFree(GlobalHandle(result.header)), nullptr);
+        }
+        if (!replaced) {
+            EXPECT_EQ(GlobalFlags(image.Handle()), 1u);
+            const BITMAPINFOHEADER& header = image.Header();
+            EXPECT_TRUE(header.biBitCount == bitCount || (bitCount == 8 && header.biBitCount == 1));
+            EXPECT_EQ(header.biSizeImage, image.RowBytes() * image.Height());
+        }
+        if (!call.byHandle) {
+            unsigned nodes = 0;
+            EXPECT_TRUE(IsConsistent(store.firstBlock, nullptr, nodes));
+            EXPECT_EQ(store.liveCount, nodes);
+            EXPECT_EQ(store.blockCount + store.lineCount + store.componentCount, nodes);
+        }
+        store::Release(store);
+        EXPECT_LE(live, liveBefore) << "leak";  // a replaced image or a released store is gone
+        return failed == 0;
+    }
+};
+
+TEST_P(AllocationFailure, EndsInARefusalOrAResultAndLeaksNothing) {
+    constexpr int kMostAllocations = 5000;
+    for (const int bitCount : {1, 8, 24}) {
+        if (!GetParam().Takes(bitCount)) continue;
+        EXPECT_TRUE(Try(bitCount, kMostAllocations, false));  // caches and first-time allocations
+        for (const bool onwards : {false, true}) {
+            int n = 1;
+            while (n < kMostAllocations && !Try(bitCount, n, onwards) && !HasFailure()) ++n;
+            EXPECT_LT(n, kMostAllocations);
+            if (HasFailure()) {
+                ADD_FAILURE() << bitCount << " bits, allocation " << n
+                              << (onwards ? " and all after it" : "");
+                return;
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, AllocationFailure, testing::ValuesIn(ExportCalls()), TestNameOf);
+
+}  // namespace
+}  // namespace tavrix::test
