@@ -52,7 +52,15 @@ void* operator new(std::size_t bytes) {
 void* operator new(std::size_t bytes, std::align_val_t alignment) {
     return Allocate(bytes, static_cast<std::size_t>(alignment));
 }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept try {
+    return Allocate(bytes, 1);
+} catch (...) {
+    return nullptr;
+}
 void operator delete(void* memory) noexcept {
+    Deallocate(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
     Deallocate(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
