@@ -51,9 +51,10 @@ HostImage RandomPage(std::uint32_t seed) {
     const int pitchX = draw.Between(4, dense ? 8 : 14), pitchY = draw.Between(4, dense ? 8 : 18);
     const int stroke = draw.Between(1, 4), density = draw.Between(dense ? 50 : 0, 100);
     const int lineGap = draw.Between(0, 40);
+    const int textEnd = draw.Percent(25) ? draw.Between(width / 4, width) : width;
     for (int y = 2; y + pitchY < height; y += pitchY) {
         if (draw.Percent(lineGap)) continue;
-        for (int x = 2; x + pitchX < width; x += pitchX) {
+        for (int x = 2; x + pitchX < textEnd; x += pitchX) {
             if (!draw.Percent(density)) continue;
             const int tall = draw.Between(1, pitchY), wide = draw.Between(1, pitchX + 1);
             const int tone = std::clamp(ink + draw.Between(-inkSpread, inkSpread), 0, 255);
