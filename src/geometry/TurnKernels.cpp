@@ -123,12 +123,12 @@ void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t*
     const int end = first + count, shift = end % 8, whole = count / 64;
     const std::uint64_t high = kEveryByte * (0xFFu << shift & 0xFFu),
                         low = kEveryByte * (0xFFu >> (8 - shift));
-    const std::uint8_t* from = source + end / 8 - 8;
+    const std::uint8_t* from = source + end / 8;
     const std::uint8_t* next = shift != 0 ? from + 1 : from;
     for (int i = 0; i < whole; ++i) {
         std::uint64_t word, following;
-        std::memcpy(&word, from - 8 * i, sizeof word);
-        std::memcpy(&following, next - 8 * i, sizeof following);
+        std::memcpy(&word, from - 8 * (i + 1), sizeof word);
+        std::memcpy(&following, next - 8 * (i + 1), sizeof following);
         word = Reversed((word << shift & high) | (following >> (8 - shift) & low));
         std::memcpy(target + 8 * i, &word, sizeof word);
     }

@@ -96,16 +96,5 @@ TEST(RotationTool, TurnsAndFlipsWholeImages) {
     EXPECT_EQ(RowsOf(*image), host.Rows());
 }
 
-TEST(RotationTool, MirrorKeepsPaddingBits) {
-    for (int width = 1; width <= 64; ++width) {
-        const HostImage host(width, 2, 1);
-        for (std::size_t i = 0; i < 2 * host.RowBytes(); ++i) host.Row(0)[i] = 0xFF;
-        const auto whole = CopyOf(host);
-        RotationTool tool(whole.get());
-        const std::unique_ptr<DibImage> result(tool.FlipOneBit(2, CopyOf(host).release()));
-        for (std::size_t i = 0; i < 2 * host.RowBytes(); ++i) ASSERT_EQ(result->bits[i], 0xFF) << width;
-    }
-}
-
 }  // namespace
 }  // namespace tavrix

@@ -155,31 +155,6 @@ TEST(Morphology, OneBitImages) {
     }
 }
 
-// Shapes that random dots seldom make: a block that closing fills, an element that opening keeps.
-TEST(Morphology, ClosesHolesAndOpensThinLines) {
-    HostImage host(90, 70, 1);
-    const auto draw = [&](int x0, int y0, int x1, int y1, bool white) {
-        for (int y = y0; y <= y1; ++y) {
-            for (int x = x0; x <= x1; ++x) host.SetBit(x, y, white);
-        }
-    };
-    draw(0, 0, 89, 69, true);
-    draw(10, 10, 80, 60, false);
-    draw(30, 30, 43, 43, true);  // a hole narrower than the element
-    draw(50, 20, 64, 34, true);  // one that the element fits in
-    draw(0, 65, 89, 66, false);  // a line two pixels high
-    for (const int code : {kOpening, kClosing}) {
-        const auto before = host.Bytes();
-        const Plane expected = ExpectedBits(BitsOf(host), code);
-        const HostImage result = RunCode(host, code, true);
-        ExpectPlane(expected, result, false);
-        EXPECT_EQ(result.Bit(35, 35), code == kOpening) << "the hole";
-        EXPECT_EQ(result.Bit(57, 27), 1);
-        EXPECT_EQ(result.Bit(45, 65), 1) << "the line, near the edge";
-        std::copy(before.begin(), before.end(), reinterpret_cast<std::uint8_t*>(&host.Header()));
-    }
-}
-
 TEST(Morphology, GrayImages) {
     std::mt19937 random(2);
     for (int width = 1; width <= 80; ++width) {
