@@ -3,12 +3,10 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <optional>
 #include <vector>
 
-#include "components/BoxGrid.h"
 #include "components/ComponentStore.h"
 #include "components/LineNodes.h"
 #include "components/TextLineGrouper.h"
@@ -19,18 +17,17 @@ namespace {
 
 constexpr int kStripWidth = 64;   // columns that one word holds
 constexpr int kCounterBits = 15;  // of a count of ink in a column: at most 32,767 rows
-constexpr int kNone = std::numeric_limits<int>::max();
 
 // The black pixels of a 1-bit image inside a rectangle, a strip of 64 columns at a time. Strips begin at
 // whole bytes; places outside the rectangle or the image hold no ink.
 class InkStrips {
   public:
-    InkStrips(const DibImage& imageOfInk, const Region& area)
+    InkStrips(const DibImage& imageOfInk, const store::Box& area)
         : image(imageOfInk),
-          left(std::max(area.left, 0)),
-          right(std::min(area.right, image.Width() - 1)),
-          bottom(std::max(area.bottom, 0)),
-          top(std::min(area.top, image.Height() - 1)) {}
+          left(std::max<int>(area.left, 0)),
+          right(std::min<int>(area.right, image.Width() - 1)),
+          bottom(std::max<int>(area.bottom, 0)),
+          top(std::min<int>(area.top, image.Height() - 1)) {}
 
     bool IsEmpty() const { return left > right || bottom > top; }
     int FirstColumn() const { return left & ~7; }
@@ -124,7 +121,7 @@ void ProfileStrip(const InkStrips& strips, int x, int left, ColumnProfiles& prof
     }
 }
 
-ColumnProfiles ProfileColumns(const DibImage& image, const Region& box) {
+ColumnProfiles ProfileColumns(const DibImage& image, const store::Box& box) {
     const std::size_t columns = static_cast<std::size_t>(box.right - box.left + 1);
     ColumnProfiles profiles{std::vector<std::uint16_t>(columns), std::vector<std::uint16_t>(columns)};
     const InkStrips strips(image, box);
@@ -140,20 +137,24 @@ ColumnProfiles ProfileColumns(const DibImage& image, const Region& box) {
 }
 
 // The box of the ink inside a box; the same box when it holds none.
-Region ShrinkToInk(const DibImage& image, const Region& box) {
+store::Box ShrinkToInk(const DibImage& image, const store::Box& box) {
     const InkStrips strips(image, box);
     if (strips.IsEmpty()) return box;
-    Region ink{kNone, strips.FirstRow(), box.left, strips.LastRow()};
+    std::optional<int> left;
+    int right = 0;
     for (int x = strips.FirstColumn(); x <= strips.LastColumn(); x += kStripWidth) {
         const std::uint64_t inked = strips.InkedColumns(x);
         if (inked == 0) continue;
-        if (ink.left == kNone) ink.left = x + std::countl_zero(inked);
-        ink.right = x + kStripWidth - 1 - std::countr_zero(inked);
+        if (!left) left = x + std::countl_zero(inked);
+        right = x + kStripWidth - 1 - std::countr_zero(inked);
     }
-    if (ink.left == kNone) return box;
-    while (!strips.IsInked(ink.bottom)) ++ink.bottom;
-    while (!strips.IsInked(ink.top)) --ink.top;
-    return ink;
+    if (!left) return box;
+    int bottom = strips.FirstRow();
+    while (!strips.IsInked(bottom)) ++bottom;
+    int top = strips.LastRow();
+    while (!strips.IsInked(top)) --top;
+    return {static_cast<std::int16_t>(*left), static_cast<std::int16_t>(top),
+            static_cast<std::int16_t>(right), static_cast<std::int16_t>(bottom)};
 }
 
 enum Mark : std::uint8_t { kPlain, kCandidate, kCut };
@@ -207,7 +208,7 @@ std::vector<int> ThinnedCuts(const std::vector<std::uint16_t>& ink, const std::v
 }
 
 // None when memory runs out.
-std::optional<std::vector<int>> FindCuts(const DibImage& image, const Region& box, int height,
+std::optional<std::vector<int>> FindCuts(const DibImage& image, const store::Box& box, int height,
                                          int pieceWidth) {
     try {
         const ColumnProfiles profiles = ProfileColumns(image, box);
@@ -246,29 +247,21 @@ int MeanCharacterWidth(const ComponentNode& line) {
 }  // namespace
 
 void TextLineGrouper::CutComponent(ComponentStore& store, ComponentNode* component, int pieceWidth) const {
-    Region box = Region::Of(*component);
+    store::Box box = lines::BoxOf(*component);
     if (box.left > box.right || box.bottom > box.top) return;
     const std::optional<std::vector<int>> cuts =
         FindCuts(*image, box, store::HeightOf(*component), pieceWidth);
     if (!cuts) return;
     const int left = box.left;
-    const auto sidesOf = [this](const Region& piece) {
-        const Region ink = ShrinkToInk(*image, piece);
-        return store::Box{static_cast<std::int16_t>(ink.left), static_cast<std::int16_t>(ink.top),
-                          static_cast<std::int16_t>(ink.right), static_cast<std::int16_t>(ink.bottom)};
-    };
     for (const int cut : *cuts) {
-        const store::Box piece = sidesOf({box.left, box.bottom, left + cut, box.top});
+        const std::int16_t end = static_cast<std::int16_t>(left + cut);
+        const store::Box piece = ShrinkToInk(*image, {box.left, box.top, end, box.bottom});
         if (store::InsertComponent(store, component->parent, component->prev, component, piece) == nullptr) {
             break;  // the store is full: the rest stays one component
         }
-        box.left = left + cut;
+        box.left = end;
     }
-    const store::Box rest = sidesOf(box);
-    component->left = rest.left;
-    component->right = rest.right;
-    component->bottom = rest.bottom;
-    component->top = rest.top;
+    lines::SetBox(*component, ShrinkToInk(*image, box));
 }
 
 void TextLineGrouper::SplitWideComponents(ComponentStore& store) const {

@@ -1,176 +1,136 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <functional>
-#include <queue>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
-#include "components/BoxGrid.h"
+#include "components/BoxIndex.h"
 #include "components/ComponentStore.h"
 #include "components/LineNodes.h"
 #include "components/TextLineGrouper.h"
 
 // Merging of components that belong to one character. The rules go through a list and merge each later
-// component that fits into the current one, whose box grows. Here the grid finds the later components
-// near the box, and near what it grows by, and a heap hands them out in the order of the list.
+// component that fits into the current one, whose box grows on the way. An index of the boxes leads from
+// one component near the box to the next.
 namespace tavrix {
 namespace {
 
-using Position = BoxGrid::Position;
-using PositionHeap = std::priority_queue<Position, std::vector<Position>, std::greater<>>;
+using store::Box;
 
 constexpr std::uint32_t kBlockLabel = 1002;  // pixelCount of a block whose lines were built
-constexpr int kTinySide = 5;                 // components below this in both sides stay dots, pixels
+constexpr int kTinySide = 5;                 // pixels; components below this in both sides stay dots
 constexpr int kMaxFragmentGap = 5;           // rows between pieces of a character, exclusive
 constexpr int kMinNeededOverlap = 5;         // columns; where less is needed, any overlap will do
 
-void SetBox(ComponentNode& node, const Region& box) {
-    node.left = static_cast<std::int16_t>(box.left);
-    node.bottom = static_cast<std::int16_t>(box.bottom);
-    node.right = static_cast<std::int16_t>(box.right);
-    node.top = static_cast<std::int16_t>(box.top);
+BoxIndex IndexOf(const std::vector<ComponentNode*>& nodes) {
+    return BoxIndex(nodes.size(), [&](std::size_t i) { return lines::BoxOf(*nodes[i]); });
 }
 
-// Calls visit for strips that together cover every place where a box can have come near `grown` that
-// was not near `old`. The strips reach `margin` rows further, and include the old sides.
-template <class Visit>
-void ForEachGain(const Region& old, const Region& grown, int margin, Visit&& visit) {
-    const int bottom = grown.bottom - margin;
-    const int top = grown.top + margin;
-    if (grown.left < old.left) visit(Region{grown.left, bottom, old.left, top});
-    if (grown.right > old.right) visit(Region{old.right, bottom, grown.right, top});
-    if (grown.bottom < old.bottom) visit(Region{grown.left, bottom, grown.right, old.bottom});
-    if (grown.top > old.top) visit(Region{grown.left, old.top, grown.right, top});
+void WidenTo(ComponentNode& node, const ComponentNode& other) {
+    lines::SetBox(node, lines::UnionOf(lines::BoxOf(node), lines::BoxOf(other)));
 }
 
-bool Overlap(const Region& a, const Region& b) {
+bool Overlap(const ComponentNode& a, const ComponentNode& b) {
     return std::min(a.right, b.right) > std::max(a.left, b.left) &&
            std::min(a.top, b.top) > std::max(a.bottom, b.bottom);
 }
 
+// What a box must meet to overlap a node by two columns and two rows.
+Box InnerOf(const ComponentNode& node) {
+    Box box = lines::BoxOf(node);
+    if (node.left < node.right) ++box.left, --box.right;
+    if (node.bottom < node.top) ++box.bottom, --box.top;
+    return box;
+}
+
 void MergeOverlapsOf(ComponentStore& store, const ComponentNode& line) {
-    const std::vector<ComponentNode*> nodes = lines::ChildrenOf(line);
-    if (nodes.size() < 2) return;
-    BoxGrid grid(nodes);
-    std::vector<Position> queuedFor(nodes.size(), static_cast<Position>(nodes.size()));
-    PositionHeap queue;
-    for (Position current = 0; current < nodes.size(); ++current) {
-        if (grid.IsRemoved(current)) continue;
-        grid.Remove(current);
-        Region box = grid.BoxOf(current);
-        const auto enqueue = [&](const Region& region) {
-            grid.ForEachNear(region, [&](Position later) {
-                if (queuedFor[later] == current || !Overlap(box, grid.BoxOf(later))) return;
-                queuedFor[later] = current;
-                queue.push(later);
-            });
-        };
-        enqueue(box);
-        while (!queue.empty()) {
-            const Position later = queue.top();
-            queue.pop();
-            const Region old = std::exchange(box, Union(box, grid.BoxOf(later)));
-            nodes[current]->pixelCount += nodes[later]->pixelCount;
-            store::DeleteComponent(store, nodes[later]);
-            grid.Remove(later);
-            ForEachGain(old, box, 0, enqueue);
+    std::vector<ComponentNode*> nodes = lines::ChildrenOf(line);
+    BoxIndex index = IndexOf(nodes);
+    for (int current = 0; current < index.Count(); ++current) {
+        ComponentNode* const node = nodes[static_cast<std::size_t>(current)];
+        if (node == nullptr) continue;
+        for (int i = index.Next(current + 1, InnerOf(*node)); i < index.Count();) {
+            ComponentNode*& later = nodes[static_cast<std::size_t>(i)];
+            if (!Overlap(*node, *later)) {
+                i = index.Next(i + 1, InnerOf(*node));
+                continue;
+            }
+            WidenTo(*node, *later);
+            node->pixelCount += later->pixelCount;
+            store::DeleteComponent(store, later);
+            later = nullptr;
+            index.Remove(i);
+            i = index.Next(current + 1, InnerOf(*node));
         }
-        SetBox(*nodes[current], box);
     }
 }
 
-std::uint16_t Side(int first, int last) {
-    return static_cast<std::uint16_t>(last - first + 1);
-}
-
 // Whether two components, neither tiny, are pieces of one character that stand over each other.
-bool AreFragments(const Region& a, const Region& b) {
+bool AreFragments(const ComponentNode& a, const ComponentNode& b) {
     const int overlap = std::min(a.right, b.right) - std::max(a.left, b.left);
     const int gap = std::max(a.bottom, b.bottom) - std::min(a.top, b.top);
-    const int half = std::min(Side(a.left, a.right), Side(b.left, b.right)) / 2;
+    const int half = std::min(store::WidthOf(a), store::WidthOf(b)) / 2;
     return overlap > 0 && gap < kMaxFragmentGap && overlap >= (half < kMinNeededOverlap ? 0 : half);
 }
 
 // Merges the column fragments of one line. After the first pass a pass looks only at components whose
-// chance has changed: those that grew, and those before them in the list that a grown one came near.
+// chances have changed: those that grew, and those before them in the list that a grown one came near.
 class ColumnFragments {
   public:
     ColumnFragments(ComponentStore& storeOfLine, const ComponentNode& line)
-        : store(storeOfLine),
-          nodes(lines::ChildrenOf(line)),
-          grid(nodes),
-          queuedFor(nodes.size(), static_cast<Position>(nodes.size())),
-          isWaiting(nodes.size()) {
-        for (Position item = 0; item < nodes.size(); ++item) {
-            if (store::WidthOf(*nodes[item]) < kTinySide && store::HeightOf(*nodes[item]) < kTinySide) {
-                grid.Remove(item);
+        : store(storeOfLine), nodes(lines::ChildrenOf(line)), index(IndexOf(nodes)), isWaiting(nodes.size()) {
+        for (int i = 0; i < index.Count(); ++i) {
+            const ComponentNode& node = *nodes[static_cast<std::size_t>(i)];
+            if (store::WidthOf(node) < kTinySide && store::HeightOf(node) < kTinySide) {
+                index.Remove(i);
             } else {
-                waiting.push_back(item);
+                waiting.push_back(i);
             }
         }
     }
 
     void MergeAll() {
         while (!waiting.empty()) {
-            std::vector<Position> pass;
+            std::vector<int> pass;
             pass.swap(waiting);
             std::sort(pass.begin(), pass.end());
-            for (const Position item : pass) isWaiting[item] = 0;
-            for (const Position item : pass) {
-                if (!grid.IsRemoved(item)) MergeInto(item);
+            for (const int i : pass) isWaiting[static_cast<std::size_t>(i)] = 0;
+            for (const int i : pass) {
+                if (nodes[static_cast<std::size_t>(i)] != nullptr) MergeInto(i);
             }
         }
     }
 
   private:
-    static Region Reach(const Region& box) {
-        return {box.left, std::min(box.bottom, box.top) - kMaxFragmentGap, box.right,
-                std::max(box.bottom, box.top) + kMaxFragmentGap};
+    // What a fragment of the node's character meets.
+    static Box Reach(const ComponentNode& node) {
+        return lines::Extended(lines::BoxOf(node), 0, kMaxFragmentGap);
     }
 
-    void MergeInto(Position current) {
-        Region box = grid.BoxOf(current);
-        Position scanned = current;
-        const auto enqueue = [&](const Region& region) {
-            grid.ForEachNear(region, [&](Position later) {
-                if (later <= scanned || queuedFor[later] == current) return;
-                queuedFor[later] = current;
-                queue.push(later);
-            });
-        };
-        enqueue(Reach(box));
+    void MergeInto(int current) {
+        ComponentNode& node = *nodes[static_cast<std::size_t>(current)];
         bool merged = false;
-        while (!queue.empty()) {
-            scanned = queue.top();
-            queue.pop();
-            queuedFor[scanned] = static_cast<Position>(nodes.size());
-            if (!AreFragments(box, grid.BoxOf(scanned))) continue;
-            const Region old = std::exchange(box, Union(box, grid.BoxOf(scanned)));
-            store::DeleteComponent(store, nodes[scanned]);
-            grid.Remove(scanned);
+        for (int i = index.Next(current + 1, Reach(node)); i < index.Count();
+             i = index.Next(i + 1, Reach(node))) {
+            ComponentNode*& later = nodes[static_cast<std::size_t>(i)];
+            if (!AreFragments(node, *later)) continue;
+            WidenTo(node, *later);
+            store::DeleteComponent(store, later);
+            later = nullptr;
+            index.Remove(i);
             merged = true;
-            ForEachGain(old, box, kMaxFragmentGap, enqueue);
         }
         if (!merged) return;
-        SetBox(*nodes[current], box);
-        grid.Widen(current, box);
-        Wait(current);
-        grid.ForEachNear(Reach(box), [&](Position item) {
-            if (item < current) Wait(item);
-        });
-    }
-
-    void Wait(Position item) {
-        if (std::exchange(isWaiting[item], std::uint8_t{1})) return;
-        waiting.push_back(item);
+        index.Set(current, lines::BoxOf(node));
+        for (int i = index.Next(0, Reach(node)); i <= current; i = index.Next(i + 1, Reach(node))) {
+            if (!std::exchange(isWaiting[static_cast<std::size_t>(i)], std::uint8_t{1})) waiting.push_back(i);
+        }
     }
 
     ComponentStore& store;
-    std::vector<ComponentNode*> nodes;
-    BoxGrid grid;
-    std::vector<Position> queuedFor;
-    PositionHeap queue;
-    std::vector<Position> waiting;  // for the next pass
+    std::vector<ComponentNode*> nodes;  // null once merged
+    BoxIndex index;                     // without the tiny ones
+    std::vector<int> waiting;           // for the next pass
     std::vector<std::uint8_t> isWaiting;
 };
 

@@ -3,6 +3,7 @@
 
 #include "components/AlignedBlockGrouper.h"
 #include "components/OrientedBlockGrouper.h"
+#include "components/TextLineGrouper.h"
 #include "image/ImageTool.h"
 
 namespace tavrix {
@@ -12,6 +13,7 @@ bool ImageTool::GroupComponents(ComponentStore* store, std::uint32_t mode) {
     switch (mode) {
         case 0: grouper = std::make_unique<OrientedBlockGrouper>(image); break;
         case 1: grouper = std::make_unique<AlignedBlockGrouper>(image); break;
+        case 3: grouper = std::make_unique<TextLineGrouper>(image, groupingOptions, groupingValue); break;
         default: return false;
     }
     return grouper->Run(*store);

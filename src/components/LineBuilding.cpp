@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <vector>
 
-#include "components/BoxGrid.h"
 #include "components/ComponentStore.h"
 #include "components/LineNodes.h"
 #include "components/TextLineGrouper.h"
@@ -12,76 +12,109 @@
 namespace tavrix {
 namespace {
 
-using Position = BoxGrid::Position;
-
 constexpr int kReachInHeights = 3;  // a chain bridges gaps below this many heights of its taller component
 constexpr int kRowCost = 5;         // a row of offset weighs as much as so many columns
 constexpr int kNarrow = 5;          // components wider than this leave their outermost columns
 constexpr int kMargin = 2;          // columns on each side to the neighbours
-constexpr int kFarSide = 9999;      // where minimum searches over coordinates start
+constexpr std::int16_t kFarSide = 9999;  // where minimum searches over coordinates start
 
 bool LiesStrictlyInRows(int y, const ComponentNode& node) {
     return node.bottom < y && y < node.top;
 }
 
-// The components of a list sorted by left, each waiting for its chain.
+// The components of a list sorted by left, each waiting for its chain. Those whose rows meet the same
+// band of rows stand together, in list order. The few that are taller than text stand apart.
 class Chains {
   public:
-    explicit Chains(const ComponentNode& line) : nodes(lines::ChildrenOf(line)), grid(nodes) {}
-
-    void Label() {
-        std::uint32_t label = 0;
-        for (Position first = 0; first < nodes.size(); ++first) {
-            if (grid.IsRemoved(first)) continue;
-            ++label;
-            for (Position current = first; current < nodes.size(); current = NextInChain(current)) {
-                nodes[current]->pixelCount = label;
-                grid.Remove(current);
+    explicit Chains(const ComponentNode& line) : nodes(lines::ChildrenOf(line)) {
+        for (const ComponentNode* node : nodes) {
+            lowest = std::min({lowest, int{node->bottom}, int{node->top}});
+            highest = std::max({highest, int{node->bottom}, int{node->top}});
+        }
+        if (!nodes.empty()) bands.resize(BandOf(highest) + 1);
+        for (int i = 0; i < Count(); ++i) {
+            const ComponentNode& node = At(i);
+            if (store::HeightOf(node) > kTallest || node.right < node.left || node.top < node.bottom) {
+                apart.push_back(i);
+                continue;
+            }
+            tallest = std::max<int>(tallest, store::HeightOf(node));
+            for (std::size_t band = BandOf(node.bottom); band <= BandOf(node.top); ++band) {
+                bands[band].push_back(i);
             }
         }
     }
 
+    void Label() {
+        for (ComponentNode* node : nodes) node->pixelCount = 0;
+        std::uint32_t label = 0;
+        for (int first = 0; first < Count(); ++first) {
+            if (At(first).pixelCount != 0) continue;
+            ++label;
+            for (int i = first; i < Count(); i = NextInChain(i)) At(i).pixelCount = label;
+        }
+    }
+
   private:
-    // The unlabelled component that continues a chain best after `current`, or nodes.size(). Columns of
-    // cells are searched to the right until none can hold one within reach or at a lower cost.
-    Position NextInChain(Position current) {
-        const ComponentNode& from = *nodes[current];
+    static constexpr int kBandRows = 16;
+    static constexpr int kTallest = 256;  // rows
+
+    ComponentNode& At(int i) const { return *nodes[static_cast<std::size_t>(i)]; }
+    int Count() const { return static_cast<int>(nodes.size()); }
+    std::size_t BandOf(int row) const { return static_cast<std::size_t>((row - lowest) / kBandRows); }
+
+    // The unlabelled component that continues a chain best after the one at `current`, or Count(). A band
+    // is searched to the right until none in it can be within reach or cost less.
+    int NextInChain(int current) const {
+        const ComponentNode& from = At(current);
         const int fromHeight = store::HeightOf(from);
         const int fromX = store::CentreX(from);
-        const int fromY = store::CentreY(from);
         int bestCost = std::numeric_limits<int>::max();
-        Position best = static_cast<Position>(nodes.size());
-
-        const auto consider = [&](Position later) {
-            if (later <= current) return;
-            const ComponentNode& to = *nodes[later];
-            const int toHeight = store::HeightOf(to);
-            const int toY = store::CentreY(to);
-            if (!LiesStrictlyInRows(fromY, to) && !LiesStrictlyInRows(toY, from)) return;
-            if (to.left - from.right >= kReachInHeights * std::max(fromHeight, toHeight)) return;
-            const int acrossColumns = std::abs(fromX - store::CentreX(to));
-            const int acrossRows = std::abs(fromY - toY);
-            if (acrossRows > acrossColumns) return;
-            const int cost = acrossColumns + std::abs(fromHeight - toHeight) + kRowCost * acrossRows;
-            if (cost > bestCost || (cost == bestCost && later > best)) return;
-            bestCost = cost;
-            best = later;
+        int best = Count();
+        const auto consider = [&](int i) {
+            const std::optional<int> cost = CostOf(from, At(i));
+            if (!cost || *cost > bestCost || (*cost == bestCost && i > best)) return;
+            bestCost = *cost;
+            best = i;
         };
 
-        grid.ForEachApart(consider);
-        const int bottom = std::min(from.bottom, from.top);
-        const int top = std::max(from.bottom, from.top);
-        const int reach = kReachInHeights * std::max(fromHeight, grid.MaxHeight());
-        for (int column = grid.ColumnOf(from.left); column < grid.Columns(); ++column) {
-            const int left = grid.LeftOf(column);
-            if (left - from.right >= reach || left - fromX > bestCost) break;
-            grid.ForEachInColumn(column, bottom, top, consider);
+        for (auto i = std::upper_bound(apart.begin(), apart.end(), current); i != apart.end(); ++i) {
+            consider(*i);
+        }
+        const int reach = kReachInHeights * std::max(fromHeight, tallest);
+        const std::size_t last = BandOf(std::max(from.bottom, from.top));
+        for (std::size_t b = BandOf(std::min(from.bottom, from.top)); b <= last; ++b) {
+            const std::vector<int>& band = bands[b];
+            for (auto i = std::upper_bound(band.begin(), band.end(), current); i != band.end(); ++i) {
+                const int left = At(*i).left;
+                if (left - from.right >= reach || left - fromX > bestCost) break;
+                consider(*i);
+            }
         }
         return best;
     }
 
+    // What it costs to go on from one component with another; none when they do not go together.
+    static std::optional<int> CostOf(const ComponentNode& from, const ComponentNode& to) {
+        if (to.pixelCount != 0) return std::nullopt;
+        const int fromY = store::CentreY(from);
+        const int toY = store::CentreY(to);
+        if (!LiesStrictlyInRows(fromY, to) && !LiesStrictlyInRows(toY, from)) return std::nullopt;
+        const int fromHeight = store::HeightOf(from);
+        const int toHeight = store::HeightOf(to);
+        if (to.left - from.right >= kReachInHeights * std::max(fromHeight, toHeight)) return std::nullopt;
+        const int acrossColumns = std::abs(store::CentreX(from) - store::CentreX(to));
+        const int acrossRows = std::abs(fromY - toY);
+        if (acrossRows > acrossColumns) return std::nullopt;
+        return acrossColumns + std::abs(fromHeight - toHeight) + kRowCost * acrossRows;
+    }
+
     std::vector<ComponentNode*> nodes;
-    BoxGrid grid;
+    std::vector<std::vector<int>> bands;
+    std::vector<int> apart;
+    int lowest = std::numeric_limits<int>::max();
+    int highest = std::numeric_limits<int>::min();
+    int tallest = 0;  // height of one in the bands
 };
 
 // A run of columns [from, to) of a line.
@@ -118,10 +151,6 @@ std::vector<ColumnRun> CoveredColumns(const ComponentNode& line) {
 
 }  // namespace
 
-void TextLineGrouper::LabelChains(ComponentNode* line) const {
-    Chains(*line).Label();
-}
-
 void TextLineGrouper::SplitByLabel(ComponentStore& store, ComponentNode* block, ComponentNode* line) const {
     // A chain is numbered by its first component, so that the chains come in the order of their labels.
     std::vector<ComponentNode*> chained = lines::ChildrenOf(*line);
@@ -148,7 +177,7 @@ void TextLineGrouper::ChainIntoLines(ComponentStore& store) const {
     ComponentNode* const line = lines::WorkLine(store);
     if (line == nullptr) return;
     ComponentNode* const block = store.firstBlock;
-    LabelChains(line);
+    Chains(*line).Label();
     SplitByLabel(store, block, line);
     for (ComponentNode* chain : lines::ChildrenOf(*block)) MergeByColumnProjection(store, chain);
     for (ComponentNode* chain : lines::ChildrenOf(*block)) store::SortChildren(chain, true);
@@ -172,15 +201,13 @@ void TextLineGrouper::MergeByColumnProjection(ComponentStore& store, ComponentNo
                      [](const Gathered& a, const Gathered& b) { return a.run < b.run; });
 
     for (std::size_t i = 0; i < gathered.size();) {
-        Region box{kFarSide, kFarSide, 0, 0};
+        store::Box box{kFarSide, 0, 0, kFarSide};
         const std::size_t run = gathered[i].run;
         for (; i < gathered.size() && gathered[i].run == run; ++i) {
-            box = Union(box, Region::Of(*gathered[i].node));
+            box = lines::UnionOf(box, lines::BoxOf(*gathered[i].node));
             store::DeleteComponent(store, gathered[i].node);
         }
-        store::InsertComponent(store, line, nullptr, line->firstChild,
-                               {static_cast<std::int16_t>(box.left), static_cast<std::int16_t>(box.top),
-                                static_cast<std::int16_t>(box.right), static_cast<std::int16_t>(box.bottom)});
+        store::InsertComponent(store, line, nullptr, line->firstChild, box);
     }
 }
 

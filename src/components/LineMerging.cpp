@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <queue>
 #include <utility>
 #include <vector>
 
-#include "components/BoxGrid.h"
+#include "components/BoxIndex.h"
 #include "components/ComponentStore.h"
 #include "components/LineNodes.h"
 #include "components/TextLineGrouper.h"
 
 namespace tavrix {
 namespace {
-
-using Position = BoxGrid::Position;
 
 constexpr int kDotSide = 10;        // pixels; a component below this in both sides may be a dot
 constexpr int kSmallSide = 15;      // pixels; one below this in both sides is compared with a larger one
@@ -25,9 +23,9 @@ constexpr int kDotGap = 6;          // rows between a dot and its stem, exclusiv
 constexpr int kPieceGap = 11;       // rows between the pieces of a tall letter, exclusive
 
 // A component's box, with its height as the unsigned 16-bit number that the rules compare.
-struct Box : Region {
+struct Box : store::Box {
     explicit Box(const ComponentNode& node)
-        : Region(Region::Of(node)), width(store::WidthOf(node)), height(store::HeightOf(node)) {}
+        : store::Box(lines::BoxOf(node)), width(store::WidthOf(node)), height(store::HeightOf(node)) {}
     bool IsDot() const { return width < kDotSide && height < kDotSide; }
     bool IsSlim() const { return 10 * height > 19 * width; }
     bool IsSmall() const { return width < kSmallSide && height < kSmallSide; }
@@ -36,7 +34,7 @@ struct Box : Region {
 };
 
 // Rows between two boxes, negative when they share some.
-int GapOf(const Region& a, const Region& b) {
+int GapOf(const store::Box& a, const store::Box& b) {
     return std::max(a.bottom, b.bottom) - std::min(a.top, b.top);
 }
 
@@ -207,8 +205,8 @@ class SameLineVote {
 };
 
 // Joins pairs of lines of one block. A pass takes each line in list order and merges the other lines that
-// belong to it, in list order too, into it. The grid finds the lines near enough; after the first pass a
-// line is taken only when it or a line near it has changed since.
+// belong to it, in list order too, into it. An index of the boxes leads to the lines near enough; after the
+// first pass a line is taken only when it or a line near it has changed since.
 class LinePairs {
   public:
     LinePairs(const TextLineGrouper& grouperOfBlock, ComponentStore& storeOfBlock,
@@ -216,56 +214,50 @@ class LinePairs {
         : grouper(grouperOfBlock),
           store(storeOfBlock),
           lines(nodes.begin(), nodes.end()),
-          grid(nodes),
-          queuedBy(nodes.size(), static_cast<Position>(nodes.size())),
-          hasChance(nodes.size(), 1) {}
+          index(nodes.size(), [&](std::size_t i) { return lines::BoxOf(*nodes[i]); }),
+          hasChance(nodes.size(), 1) {
+        for (const Line& line : lines) greatestHeight = std::max(greatestHeight, line.quartileHeight);
+    }
 
     void MergeAll() {
         bool merged = true;
         while (merged) {
             merged = false;
-            for (Position line = 0; line < lines.size(); ++line) {
-                if (lines[line].node != nullptr && std::exchange(hasChance[line], std::uint8_t{0})) {
-                    merged |= MergeInto(line);
+            for (int i = 0; i < index.Count(); ++i) {
+                if (LineAt(i).node != nullptr &&
+                    std::exchange(hasChance[static_cast<std::size_t>(i)], std::uint8_t{0})) {
+                    merged |= MergeInto(i);
                 }
             }
         }
     }
 
   private:
-    // A superset of where lines that the rules may join with this one stand.
-    Region Reach(const Line& line) const {
-        const int columns = std::max(9 * line.quartileHeight / 2, 3 * grid.MaxHeight() / 2) + 1;
-        return {line.node->left - columns, line.node->bottom, line.node->right + columns, line.node->top};
+    Line& LineAt(int i) { return lines[static_cast<std::size_t>(i)]; }
+
+    // What every line that the rules may join with this one meets.
+    store::Box Reach(const Line& line) const {
+        // Up to 3.5 heights of the line of larger type when that is less than 1.2 times the other, else 1.5.
+        const int columns = std::max(9 * line.quartileHeight / 2, 3 * greatestHeight / 2) + 1;
+        return lines::Extended(lines::BoxOf(*line.node), columns, 0);
     }
 
-    bool MergeInto(Position a) {
+    bool MergeInto(int current) {
+        Line& line = LineAt(current);
         bool merged = false;
-        Position scanned = 0;  // one past the last line looked at
-        const auto enqueue = [&] {
-            grid.ForEachNear(Reach(lines[a]), [&](Position b) {
-                if (b == a || b < scanned || queuedBy[b] == a) return;
-                queuedBy[b] = a;
-                queue.push(b);
-            });
-        };
-        enqueue();
-        while (!queue.empty()) {
-            const Position b = queue.top();
-            queue.pop();
-            queuedBy[b] = static_cast<Position>(lines.size());
-            scanned = b + 1;
-            if (!BelongTogether(lines[a], lines[b])) continue;
-            Absorb(lines[a], lines[b]);
-            grid.Remove(b);
+        for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
+            if (i == current || !BelongTogether(line, LineAt(i))) continue;
+            Absorb(line, LineAt(i));
+            index.Remove(i);
             merged = true;
-            enqueue();
         }
-        if (merged) {
-            grid.Widen(a, Region::Of(*lines[a].node));
-            grid.ForEachNear(Reach(lines[a]), [&](Position line) { hasChance[line] = 1; });
+        if (!merged) return false;
+        index.Set(current, lines::BoxOf(*line.node));
+        greatestHeight = std::max(greatestHeight, line.quartileHeight);
+        for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
+            hasChance[static_cast<std::size_t>(i)] = 1;
         }
-        return merged;
+        return true;
     }
 
     void Absorb(Line& a, Line& b) {
@@ -281,7 +273,7 @@ class LinePairs {
 
     bool BelongTogether(const Line& a, const Line& b) const {
         const int columnGap = std::max(a.node->left, b.node->left) - std::min(a.node->right, b.node->right);
-        const int rowGap = GapOf(Region::Of(*a.node), Region::Of(*b.node));
+        const int rowGap = GapOf(lines::BoxOf(*a.node), lines::BoxOf(*b.node));
         if (columnGap <= 0 && rowGap <= 0) return SameLineVote(a, b).Passes();
         if (columnGap < 0) return false;
         return a.node->left < b.node->left ? Continues(a, b, columnGap) : Continues(b, a, columnGap);
@@ -317,10 +309,9 @@ class LinePairs {
     const TextLineGrouper& grouper;
     ComponentStore& store;
     std::vector<Line> lines;
-    BoxGrid grid;
-    std::vector<Position> queuedBy;
+    BoxIndex index;
     std::vector<std::uint8_t> hasChance;
-    std::priority_queue<Position, std::vector<Position>, std::greater<>> queue;
+    int greatestHeight = 0;  // of the quartile heights that lines have had
 };
 
 }  // namespace

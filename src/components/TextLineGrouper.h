@@ -56,8 +56,6 @@ class TextLineGrouper : public ComponentGrouper {
     std::uint32_t splitFlags = 0;
 
   private:
-    // Labels the first line's components with the number of their chain, from 1.
-    void LabelChains(ComponentNode* line) const;
     // Moves each chain into a new line; chains that find the store full stay together in the old one.
     void SplitByLabel(ComponentStore& store, ComponentNode* block, ComponentNode* line) const;
     // Cuts one component into pieces about pieceWidth wide, at thin places and sudden changes of extent.

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <optional>
 
-#include "components/BoxGrid.h"
 #include "components/ComponentStore.h"
 #include "components/HeightHistogram.h"
 #include "components/LineNodes.h"
@@ -42,12 +41,12 @@ int TypicalHeight(const ComponentStore& store, int imageHeight) {
 }
 
 // The union of all lines.
-Region TextArea(const ComponentStore& store) {
-    std::optional<Region> area;
+store::Box TextArea(const ComponentStore& store) {
+    std::optional<store::Box> area;
     lines::ForEachLine(store, [&](const ComponentNode* line) {
-        area = area ? Union(*area, Region::Of(*line)) : Region::Of(*line);
+        area = area ? lines::UnionOf(*area, lines::BoxOf(*line)) : lines::BoxOf(*line);
     });
-    return area.value_or(Region{});
+    return area.value_or(store::Box{});
 }
 
 // Joins each line of a block with its successor while the two stand side by side.
@@ -245,7 +244,7 @@ class LineCleaner {
 void TextLineGrouper::SelectTrueLine(ComponentStore& store) const {
     const bool joinsPieces = (selectFlags & TAVRIX_SELECT_JOIN_PIECES) != 0;
     const int typicalHeight = TypicalHeight(store, height);
-    const Region textArea = TextArea(store);
+    const store::Box textArea = TextArea(store);
     if (joinsPieces) {
         for (ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
             JoinPieces(store, block);
