@@ -232,6 +232,90 @@ bool LinePass(ComponentStore& s, int imageWidth) {
     return merged;
 }
 
+bool IsInk(const DibImage& image, int x, int y) {
+    return image.GetPixel(x, y) == 0;
+}
+bool HasInk(const DibImage& image, int x0, int y0, int x1, int y1) {
+    for (int y = y0; y <= y1; ++y) {
+        for (int x = x0; x <= x1; ++x) {
+            if (IsInk(image, x, y)) return true;
+        }
+    }
+    return false;
+}
+
+store::Box Shrunk(const DibImage& image, const store::Box& box) {
+    if (!HasInk(image, box.left, box.bottom, box.right, box.top)) return box;
+    store::Box r = box;
+    while (!HasInk(image, r.left, box.bottom, r.left, box.top)) ++r.left;
+    while (!HasInk(image, r.right, box.bottom, r.right, box.top)) --r.right;
+    while (!HasInk(image, box.left, r.bottom, box.right, r.bottom)) ++r.bottom;
+    while (!HasInk(image, box.left, r.top, box.right, r.top)) --r.top;
+    return r;
+}
+
+void Cut(ComponentStore& s, const DibImage& image, Node* c, int pieceW) {
+    const int n = W(c);
+    std::vector<int> ink, span, mark(static_cast<std::size_t>(n));
+    for (int x = c->left; x <= c->right; ++x) {
+        int count = 0, low = INT_MAX, high = 0;
+        for (int y = c->bottom; y <= c->top; ++y) {
+            if (!IsInk(image, x, y)) continue;
+            ++count;
+            low = std::min(low, y);
+            high = y;
+        }
+        ink.push_back(count);
+        span.push_back(count != 0 ? high - low + 1 : span.empty() ? 0 : span.back());
+    }
+    const int border = std::max(2 * pieceW / 3, 1);
+    const auto at = [](std::vector<int>& v, int i) -> int& { return v[static_cast<std::size_t>(i)]; };
+    for (int i = border; i <= n - border - 1; ++i) {
+        if (4 * std::abs(at(span, i) - at(span, i + 1)) > 2 * H(c)) {
+            at(mark, i) = 2;
+        } else if (4 * at(ink, i) <= H(c) && at(span, i) < H(c) / 3 &&
+                   std::abs(at(span, i) - at(ink, i)) < at(ink, i) / 2) {
+            at(mark, i) = 1;
+        }
+    }
+    for (int i = 0; i < n;) {
+        if (at(mark, i) != 1) {
+            ++i;
+            continue;
+        }
+        int least = i;
+        for (; i < n && at(mark, i) != 0; ++i) {
+            if (at(ink, i) < at(ink, least)) least = i;
+        }
+        if (least != 0) at(mark, least) = 2;
+    }
+    int kept = 0;
+    for (int i = 1; i < n; ++i) {
+        if (at(mark, i) != 2) continue;
+        if (3 * (i - kept) < 2 * pieceW) {
+            if (at(ink, i) >= at(ink, kept)) {
+                at(mark, i) = 0;
+                continue;
+            }
+            at(mark, kept) = 0;
+        }
+        kept = i;
+    }
+    const int left = c->left;
+    store::Box box{c->left, c->top, c->right, c->bottom};
+    for (int i = 1; i < n; ++i) {
+        if (at(mark, i) != 2) continue;
+        const auto end = static_cast<std::int16_t>(left + i);
+        store::InsertComponent(s, c->parent, c->prev, c, Shrunk(image, {box.left, box.top, end, box.bottom}));
+        box.left = end;
+    }
+    box = Shrunk(image, box);
+    c->left = box.left;
+    c->top = box.top;
+    c->right = box.right;
+    c->bottom = box.bottom;
+}
+
 }  // namespace
 
 void MergeOverlappingComponents(ComponentStore& s) {
@@ -320,6 +404,29 @@ void MergeByColumnProjection(ComponentStore& s, Node* line) {
 
 void MergeLinePairs(ComponentStore& s, int imageWidth) {
     while (LinePass(s, imageWidth)) {
+    }
+}
+
+void SplitWideComponents(ComponentStore& s, const DibImage& image) {
+    for (Node* line = s.firstBlock->firstChild; line != nullptr; line = line->next) {
+        store::SortChildren(line, true);
+        int sum = 0, count = 0, heights = 0, all = 0;
+        for (Node* c = line->firstChild; c != nullptr; c = c->next, ++all) {
+            heights += H(c);
+            if (W(c) > 1.5 * H(c)) continue;
+            sum += W(c);
+            ++count;
+        }
+        if (all == 0) continue;
+        const int meanW = count != 0 ? sum / count : heights / all;
+        for (Node* c = line->firstChild; c != nullptr;) {
+            Node* next = c->next;
+            const int k = (10 * W(c) / meanW + 5) / 10;
+            const int before = c->prev != nullptr ? std::max(c->left - c->prev->right, 0) : 0;
+            const int after = next != nullptr ? std::max(next->left - c->right, 0) : 0;
+            if (k > 1 && W(c) > 4 * std::min(before, after)) Cut(s, image, c, W(c) / k);
+            c = next;
+        }
     }
 }
 

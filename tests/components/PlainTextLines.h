@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "image/DibImage.h"
 #include "tavrix/tavrix.h"
 
 // The steps of text-line building that compare many pairs, as their rules are put: every pair in list
@@ -12,5 +13,6 @@ void MergeColumnFragments(ComponentStore& store);  // until no pass merges
 void ChainAndSplit(ComponentStore& store);         // labels and lines, up to the boxes of the lines
 void MergeByColumnProjection(ComponentStore& store, ComponentNode* line);
 void MergeLinePairs(ComponentStore& store, int imageWidth);  // until no pass merges
+void SplitWideComponents(ComponentStore& store, const DibImage& image);
 
 }  // namespace tavrix::plain
