@@ -77,7 +77,7 @@ struct Regime {
 };
 
 const Regime kRegimes[] = {
-    {"few", 120, 90, 25, 2, 30, 0},      {"dots", 300, 300, 700, 2, 6, 0},
+    {"few", 120, 90, 25, 2, 30, 0},      {"dots", 220, 220, 400, 2, 6, 0},
     {"text", 900, 300, 300, 3, 28, 40},  {"type", 1400, 160, 160, 12, 60, 75},
     {"narrow", 60, 3000, 400, 2, 25, 0}, {"wide", 4000, 60, 400, 2, 40, 30},
     {"mixed", 700, 700, 400, 2, 90, 0},  {"fragments", 800, 250, 500, 2, 22, 50},
@@ -103,7 +103,7 @@ class RandomLines : public testing::TestWithParam<Regime> {};
 TEST_P(RandomLines, BuildAsTheRulesPut) {
     std::mt19937 random(20260);
     const Page page(GetParam().width, GetParam().height);
-    for (int round = 0; round < 25; ++round) {
+    for (int round = 0; round < 15; ++round) {
         const std::vector<Box> boxes = RandomBoxes(GetParam(), random);
         Store fast;
         Store plain;
