@@ -45,8 +45,9 @@ class PositionSet {
     void Clear() { std::fill(flags.begin(), flags.end(), char{0}); }
     // The first member from position `from` on, or -1.
     int Next(int from) const {
-        const char* start = flags.data() + from;
-        const void* found = std::memchr(start, 1, flags.size() - from);
+        const auto start = static_cast<std::size_t>(from);
+        if (start >= flags.size()) return -1;
+        const void* found = std::memchr(flags.data() + start, 1, flags.size() - start);
         return found != nullptr ? static_cast<int>(static_cast<const char*>(found) - flags.data()) : -1;
     }
 
