@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "binarize/Binarizer.h"
+#include "components/TextLineGrouper.h"
 #include "image/DibImage.h"
 #include "image/ImageTool.h"
 #include "tavrix/tavrix.h"
@@ -51,6 +52,17 @@ EXPECT_SIZE32(ImageTool, 16);
 EXPECT_OFFSET32(ImageTool, image, 4);
 EXPECT_OFFSET32(ImageTool, groupingOptions, 8);
 EXPECT_OFFSET32(ImageTool, groupingValue, 12);
+
+EXPECT_SIZE32(TextLineGrouper, 40);
+EXPECT_OFFSET32(TextLineGrouper, image, 4);
+EXPECT_OFFSET32(TextLineGrouper, width, 8);
+EXPECT_OFFSET32(TextLineGrouper, rowBytes, 12);
+EXPECT_OFFSET32(TextLineGrouper, height, 16);
+EXPECT_OFFSET32(TextLineGrouper, bitCount, 20);
+EXPECT_OFFSET32(TextLineGrouper, options, 24);
+EXPECT_OFFSET32(TextLineGrouper, extra, 28);
+EXPECT_OFFSET32(TextLineGrouper, selectFlags, 32);
+EXPECT_OFFSET32(TextLineGrouper, splitFlags, 36);
 
 EXPECT_SIZE32(Binarizer, 28 + 256 + 1024);
 EXPECT_OFFSET32(Binarizer, image, 4);
