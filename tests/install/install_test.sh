@@ -8,6 +8,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 expected='####....####....####....####....'
 
+# The README shows the sample as it is compiled here.
+diff <(sed -n '/^```c$/,/^```$/p' "$source/README.md" | sed '1d;$d') <(sed -n '/^#include/,$p' "$source/samples/binarize.c")
+
 cmake --install "$build" --prefix "$work/root" >"$work/log"
 libdir=$(dirname "$(find "$work/root" -name 'libtavrix.so.1')")
 
