@@ -8,6 +8,7 @@
 
 #include "image/DibLayout.h"
 #include "support/HostImage.h"
+#include "tavrix/component_store.hpp"
 #include "tavrix/message_handler.h"
 
 namespace tavrix {
@@ -92,24 +93,6 @@ void NoteTree(const ComponentNode* node, std::vector<std::uint8_t>& seen) {
     }
 }
 
-// A host's store, as tavrix.h lays it out.
-class Store {
-  public:
-    Store() {
-        block = GlobalAlloc(GPTR, TAVRIX_STORE_CAPACITY * sizeof(ComponentNode));
-        store.nodes = store.freeList = static_cast<ComponentNode*>(GlobalLock(block));
-        store.state = TAVRIX_STORE_ALLOCATED;
-        store.growStep = TAVRIX_STORE_GROW_STEP;
-        store.threadedCount = TAVRIX_STORE_INITIAL_COUNT;
-        for (int i = 0; i + 1 < TAVRIX_STORE_INITIAL_COUNT; ++i) store.nodes[i].next = store.nodes + i + 1;
-    }
-    ~Store() { GlobalFree(block); }
-    ComponentStore store{};
-
-  private:
-    HGLOBAL block;
-};
-
 // The whole of what one random call, or a host's flow of calls, shows to the host.
 std::vector<std::uint8_t> Call(unsigned seed) {
     Random random(seed);
@@ -144,8 +127,8 @@ std::vector<std::uint8_t> Call(unsigned seed) {
             break;
         case 8: value = Morphology(image.Handle(), &result, Between(random, 0, 6)); break;
         default: {
-            Store host;
-            ComponentStore* store = &host.store;
+            host::Store owned;
+            ComponentStore* store = owned.get();
             value = Extract_Eight_Connected_Components(given, store, Between(random, 0, 3), 2, 3);
             for (int i = Between(random, 0, 3); i > 0; --i) {
                 value = 2 * value + Noise_Filter1(given, store, i, 3, Between(random, 0, 2));

@@ -11,7 +11,7 @@ int main() {
     RGBQUAD table[2] = {{0, 0, 0, 0}, {255, 255, 255, 0}};
     std::uint8_t bits[8] = {255, 255, 255, 255, 255, 251, 255, 255};
     tavrix::host::Store store;
-    if (!Extract_Eight_Connected_Components({&header, table, bits}, store.Get(), 1, 0, 0)) return 1;
-    std::printf("%u component\n", store.Get()->componentCount);
-    return store.Get()->componentCount == 1 ? 0 : 1;
+    if (!Extract_Eight_Connected_Components({&header, table, bits}, store.get(), 1, 0, 0)) return 1;
+    std::printf("%u component\n", store.get()->componentCount);
+    return store.get()->componentCount == 1 ? 0 : 1;
 }
