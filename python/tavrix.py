@@ -52,7 +52,7 @@ class Component(NamedTuple):
 class Card(NamedTuple):
     black_and_white: object  # as binarize gives it
     components: List[Component]
-    lines: List[Box]
+    lines: List[Box]  # text lines, from top to bottom
     true_line: Optional[Box]  # the main text line
     logo: Optional[Box]
 
@@ -104,6 +104,7 @@ class _LogoRect(ctypes.Structure):
 
 _GHND, _GPTR = 0x42, 0x40
 _SELECT_ALL_LINES = 0x8000
+_SPECK_SIDE = 2  # pixels; a component of at most that is no part of a logo
 _RESULTS_AND_ARGUMENTS = {
     "GlobalAlloc": (ctypes.c_void_p, [ctypes.c_uint, ctypes.c_size_t]),
     "GlobalLock": (ctypes.c_void_p, [ctypes.c_void_p]),
@@ -112,6 +113,7 @@ _RESULTS_AND_ARGUMENTS = {
     "Binarized": (ctypes.c_int32, [ctypes.c_void_p, ctypes.POINTER(_Record), ctypes.c_int32]),
     "Extract_Eight_Connected_Components":
         (ctypes.c_uint8, [_Record, ctypes.POINTER(_Store), ctypes.c_int32, ctypes.c_int32, ctypes.c_int32]),
+    "Noise_Filter1": (ctypes.c_uint8, [_Record, ctypes.POINTER(_Store), ctypes.c_int32, ctypes.c_int32, ctypes.c_int32]),
     "Grouping": (ctypes.c_uint8, [_Record, ctypes.POINTER(_Store), ctypes.POINTER(_Options), ctypes.c_int32,
                                   ctypes.c_uint32, ctypes.c_uint32]),
     "FindTrueLineRect": (_LineRect, [ctypes.POINTER(_Record), ctypes.POINTER(_Options)]),
@@ -306,26 +308,27 @@ def _components(dib):
                 for line in _lines(store) for node in _siblings(line.first_child)]
 
 
-def binarize(picture, mode="local", width=None, height=None):
+def binarize(picture, mode="regions", width=None, height=None):
     """The picture in black and white: a bool array (True is white), or bytes of 0 and 255 for bytes."""
     return _pixels(_binarized(picture, mode, width, height), picture)
 
 
-def components(picture, mode="local", width=None, height=None):
+def components(picture, mode="regions", width=None, height=None):
     """The 8-connected black components; a picture that is not bool is binarized first."""
     return _components(_binarized(picture, mode, width, height))
 
 
-def card(picture, mode="local", width=None, height=None):
+def card(picture, mode="regions", width=None, height=None):
     """All that the library finds on a card."""
     dib = _binarized(picture, mode, width, height)
     options = _Options(_SELECT_ALL_LINES, 0, 0)
     with _store() as store:
         _extract(dib, store)
-        _library.Grouping(dib.record, store, options, 3, 0, 0)
-        lines = [_box(line, dib.height) for line in _lines(store)]
+        found = _library.Grouping(dib.record, store, options, 3, 0, 0)
+        lines = sorted((_box(line, dib.height) for line in _lines(store) if found), key=lambda box: box.top)
     with _store() as store:
         _extract(dib, store)
+        _library.Noise_Filter1(dib.record, store, _SPECK_SIDE, _SPECK_SIDE, 0)
         _library.Grouping(dib.record, store, None, 1, 0, 0)
         logo = _library.FindCardLogo(dib.record, store)
     true_line = _library.FindTrueLineRect(dib.record, _Options(0, 0, 0))
