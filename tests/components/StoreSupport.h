@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "components/ComponentStore.h"
@@ -34,11 +35,11 @@ inline std::vector<ComponentNode*> Children(const ComponentNode* parent) {
 }
 
 // All that a host can see of a store: tree, slots, boxes, counters and the free list's order.
-inline std::vector<long> Contents(const Store& s) {
-    std::vector<long> all{s.threadedCount, s.liveCount, s.blockCount, s.lineCount, s.componentCount};
+inline std::vector<std::int64_t> Contents(const Store& s) {
+    std::vector<std::int64_t> all{s.threadedCount, s.liveCount, s.blockCount, s.lineCount, s.componentCount};
     const auto add = [&](const ComponentNode* node) {
         all.insert(all.end(), {s.Slot(node), node->left, node->top, node->right, node->bottom, node->tag,
-                               long(node->kind), long(node->pixelCount)});
+                               node->kind, node->pixelCount});
     };
     for (const ComponentNode* block : Siblings(s.firstBlock, nullptr)) {
         add(block);
