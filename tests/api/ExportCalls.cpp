@@ -63,10 +63,18 @@ const std::vector<ExportCall>& ExportCalls() {
                  return Grouping(input.record, input.store, &options, mode, 0x20, 0) != 0;
              },
              0},
-            {0, 1});
+            {0, 1, 3});
         add({"FindCardLogo", false, true, true, false, false,
              [](const CallInput& input, int, DibRecord*) {
                  const LogoRect rect = FindCardLogo(input.record, *input.store);
+                 return (rect.left | rect.top | rect.right | rect.bottom) != 0;
+             },
+             0},
+            {0});
+        add({"FindTrueLineRect", false, false, true, false, false,
+             [](const CallInput& input, int, DibRecord*) {
+                 const GroupingOptions options{};
+                 const TrueLineRect rect = FindTrueLineRect(&input.record, &options);
                  return (rect.left | rect.top | rect.right | rect.bottom) != 0;
              },
              0},

@@ -8,7 +8,8 @@
 #include "binarize/LineRegionReference.h"
 #include "binarize/RandomPages.h"
 
-#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+// Emulators of 32-bit programs ignore the limit.
+#if defined(__linux__) && defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
 #include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
