@@ -6,7 +6,11 @@
 #include <cstring>
 
 #include "binarize/Binarizer.h"
+#include "components/ComponentExtractor.h"
+#include "components/ComponentGrouper.h"
+#include "components/ComponentNoiseFilter.h"
 #include "components/TextLineGrouper.h"
+#include "geometry/RotationTool.h"
 #include "image/DibImage.h"
 #include "image/ImageTool.h"
 #include "tavrix/tavrix.h"
@@ -74,6 +78,16 @@ EXPECT_OFFSET32(Binarizer, bitCount, 24);
 EXPECT_OFFSET32(Binarizer, intensity, 28);
 EXPECT_OFFSET32(Binarizer, histogram, 284);
 
+// The tools of components and rotation have the same fields after their tables.
+template <class Tool>
+constexpr bool HasToolFields() {
+    return sizeof(void*) != 4 ||
+           (sizeof(Tool) == 24 && offsetof(Tool, image) == 4 && offsetof(Tool, width) == 8 &&
+            offsetof(Tool, rowBytes) == 12 && offsetof(Tool, height) == 16 && offsetof(Tool, bitCount) == 20);
+}
+static_assert(HasToolFields<ComponentExtractor>() && HasToolFields<ComponentNoiseFilter>() &&
+              HasToolFields<ComponentGrouper>() && HasToolFields<RotationTool>());
+
 // The place of a virtual operation in the table, where a virtual destructor takes two places (it is split
 // in two by the C++ ABI of GCC): a pointer to a virtual member holds 1 + its offset in bytes.
 template <class Member>
@@ -86,6 +100,13 @@ std::size_t SlotOf(Member member) {
 TEST(Layout, VirtualOperationsKeepTheirOrder) {
     EXPECT_EQ(SlotOf(&Binarizer::BinarizeBlock), 0u);
     EXPECT_EQ(SlotOf(&Binarizer::Binarize), 3u);
+    EXPECT_EQ(SlotOf(&ComponentExtractor::Run), 0u);
+    EXPECT_EQ(SlotOf(&ComponentNoiseFilter::Run), 0u);
+    EXPECT_EQ(SlotOf(&ComponentGrouper::Run), 0u);
+    EXPECT_EQ(SlotOf(&RotationTool::RotateNodeRect), 0u);
+    EXPECT_EQ(SlotOf(&RotationTool::RotateBlock), 1u);
+    EXPECT_EQ(SlotOf(&RotationTool::RotateOneBit), 2u);
+    EXPECT_EQ(SlotOf(&RotationTool::RotateRect), 5u);
 }
 
 }  // namespace
