@@ -10,6 +10,7 @@ namespace tavrix {
 namespace {
 
 constexpr int kReach = 7;  // pixels from the centre to the window's edge
+constexpr std::size_t kStep = BernsenWindow::kStep;
 
 // Rows of extremes that take turns.
 class ExtremesRing {
@@ -32,9 +33,10 @@ class ExtremesRing {
 bool BernsenBinarizer::Binarize() {
     ApplyMarkerPalette();
     if (width <= 0 || height <= 0) return true;
-    const auto columns = static_cast<std::size_t>(width);
-    std::vector<std::uint8_t> padded(columns + 2 * kReach), unused(columns);
-    ExtremesRing columns4(1, columns + 2 * kReach);
+    const auto pixels = static_cast<std::size_t>(width);
+    const std::size_t columns = (pixels + kStep - 1) / kStep * kStep;
+    std::vector<std::uint8_t> padded(columns + kStep + 3), unused(pixels);
+    ExtremesRing columns4(1, columns + kStep);
     ExtremesRing rows1(1, columns), rows2(2, columns), rows4(4, columns), rows8(7, columns);
     // The edge pixels are repeated outside. That adds nothing to a clipped window: one that reaches over an
     // edge holds the edge.
@@ -42,9 +44,9 @@ bool BernsenBinarizer::Binarize() {
         if (y == -kReach || (y > 0 && y < height)) {
             const std::uint8_t* row = image->Row(y < 0 ? 0 : y);
             std::memset(padded.data(), row[0], kReach);
-            std::memcpy(padded.data() + kReach, row, columns);
-            std::memset(padded.data() + kReach + columns, row[width - 1], kReach);
-            TAVRIX_KERNEL(ExtremesOf4)(padded.data(), width + 2 * kReach - 3, columns4.Row(0));
+            std::memcpy(padded.data() + kReach, row, pixels);
+            std::memset(padded.data() + kReach + pixels, row[width - 1], kReach);
+            TAVRIX_KERNEL(ExtremesOf4)(padded.data(), static_cast<int>(columns + kStep), columns4.Row(0));
         }
         const int turn = y + kReach;
         const BernsenWindow window{columns4.Row(0), rows1.Row(turn), rows2.Row(turn), rows4.Row(turn),

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "binarize/BernsenKernels.h"
 
+#include <cstring>
+
 namespace tavrix::TAVRIX_KERNEL_TARGET {
 namespace {
 
@@ -15,24 +17,11 @@ inline Byte Max(Byte a, Byte b) {
     return a > b ? a : b;
 }
 
-}  // namespace
-
-void ExtremesOf4(const Byte* padded, int count, Extremes extremes) {
-    Byte* const low = extremes.low;
-    Byte* const high = extremes.high;
-#pragma GCC ivdep
-    for (int x = 0; x < count; ++x) {
-        const Byte a = padded[x], b = padded[x + 1], c = padded[x + 2], d = padded[x + 3];
-        low[x] = Min(Min(a, b), Min(c, d));
-        high[x] = Max(Max(a, b), Max(c, d));
-    }
-}
-
-void MidRangeRow(const BernsenWindow& window, int width, Byte* row) {
+inline void MidRange(const BernsenWindow& window, int start, int count, Byte* row) {
     const auto [columns4, rows1, rows2, rows4, rows8] = window;
     // No row of the window is another's, and none is the image's.
 #pragma GCC ivdep
-    for (int x = 0; x < width; ++x) {
+    for (int x = start; x < start + count; ++x) {
         const Byte* low4 = columns4.low + x;
         const Byte low1 = Min(Min(low4[0], low4[4]), Min(low4[8], low4[11]));
         const Byte low2 = Min(low1, rows1.low[x]);
@@ -56,12 +45,35 @@ void MidRangeRow(const BernsenWindow& window, int width, Byte* row) {
         rows8.high[x] = high8;
 
         // Below the mid-range: nearer to the lowest value, or as near; the window holds the pixel itself.
-        const Byte value = row[x];
+        const Byte value = row[x - start];
         const bool strong = static_cast<Byte>(high - low) >= kContrastLimit;
         const Byte above = strong ? static_cast<Byte>(value - low) : value;
         const Byte below = strong ? static_cast<Byte>(high - value) : Byte{0};
-        row[x] = above > below ? 255 : 0;
+        row[x - start] = above > below ? 255 : 0;
     }
+}
+
+}  // namespace
+
+void ExtremesOf4(const Byte* padded, int count, Extremes extremes) {
+    Byte* const low = extremes.low;
+    Byte* const high = extremes.high;
+#pragma GCC ivdep
+    for (int x = 0; x < count; ++x) {
+        const Byte a = padded[x], b = padded[x + 1], c = padded[x + 2], d = padded[x + 3];
+        low[x] = Min(Min(a, b), Min(c, d));
+        high[x] = Max(Max(a, b), Max(c, d));
+    }
+}
+
+void MidRangeRow(const BernsenWindow& window, int width, Byte* row) {
+    const int whole = width - width % BernsenWindow::kStep, rest = width - whole;
+    MidRange(window, 0, whole, row);
+    if (rest == 0) return;
+    Byte last[BernsenWindow::kStep] = {};
+    std::memcpy(last, row + whole, static_cast<std::size_t>(rest));
+    MidRange(window, whole, BernsenWindow::kStep, last);
+    std::memcpy(row + whole, last, static_cast<std::size_t>(rest));
 }
 
 }  // namespace tavrix::TAVRIX_KERNEL_TARGET
