@@ -17,6 +17,12 @@ unsigned PackByte(const std::uint8_t* pixels, int count, std::uint8_t limit) {
     return byte;
 }
 
+// Hides a factor from the compiler, which would turn the product into a chain of shifts and sums.
+inline short Opaque(short factor) {
+    asm("" : "+r"(factor));
+    return factor;
+}
+
 // The vector code computes the rounded quotient of 299 R + 587 G + 114 B and 1000 in integers. It is the
 // rule's value except on ties, where the rule's sum in double may come out just below; these are done again
 // by the rule. 16 bits are enough, since the sum is 8 s + r with
@@ -31,10 +37,12 @@ constexpr short kDivisor = 1000;
 constexpr int kGrayStep = 32;  // pixels
 constexpr int kPackStep = 32;  // pixels
 
-using Lanes = __m256i;
+struct Factors {
+    __m256i divisor;
+};
 
-inline __m256i Spread(short word) {
-    return _mm256_set1_epi16(word);
+inline Factors MakeFactors() {
+    return {_mm256_set1_epi16(Opaque(kDivisor))};
 }
 
 inline __m256i InBothLanes(__m128i lane) {
@@ -48,7 +56,7 @@ inline __m256i LoadLanes(const std::uint8_t* low, const std::uint8_t* high) {
 }
 
 // Gray of 16 pixels as words, and which of them are ties.
-inline __m256i Gray16(const std::uint8_t* pixels, __m256i divisor, __m256i& ties) {
+inline __m256i Gray16(const std::uint8_t* pixels, const Factors& factors, __m256i& ties) {
     // Each lane takes 4 pixels from the first 16 of its 24 bytes and 4 from the last 16.
     const __m256i first =
         _mm256_shuffle_epi8(LoadLanes(pixels, pixels + 24),
@@ -69,14 +77,14 @@ inline __m256i Gray16(const std::uint8_t* pixels, __m256i divisor, __m256i& ties
         _mm256_srli_epi16(_mm256_mulhi_epu16(eighths, _mm256_set1_epi16(kQuotientFactor)), kQuotientShift);
     // A tie leaves no rest. The sum and 1000 q differ by less than 1000, so their low 16 bits tell.
     const __m256i whole = _mm256_add_epi16(_mm256_slli_epi16(sums, 3), rests);
-    ties = _mm256_cmpeq_epi16(whole, _mm256_mullo_epi16(quotients, divisor));
+    ties = _mm256_cmpeq_epi16(whole, _mm256_mullo_epi16(quotients, factors.divisor));
     return quotients;
 }
 
 // Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
-inline std::uint32_t GrayStep(const std::uint8_t* pixels, Lanes divisor, std::uint8_t* gray) {
+inline std::uint32_t GrayStep(const std::uint8_t* pixels, const Factors& factors, std::uint8_t* gray) {
     __m256i lowTies, highTies;
-    const __m256i low = Gray16(pixels, divisor, lowTies), high = Gray16(pixels + 48, divisor, highTies);
+    const __m256i low = Gray16(pixels, factors, lowTies), high = Gray16(pixels + 48, factors, highTies);
     const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), 0xD8);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(gray), bytes);
     const __m256i ties = _mm256_or_si256(lowTies, highTies);
@@ -96,21 +104,24 @@ inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* 
     __builtin_memcpy(packed, &white, sizeof white);
 }
 #else
-constexpr int kGrayStep = 8;   // pixels
+constexpr int kGrayStep = 16;  // pixels
 constexpr int kPackStep = 16;  // pixels
 
 inline __m128i LoadBytes(const std::uint8_t* bytes) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
 }
 
-using Lanes = __m128i;
+struct Factors {
+    __m128i blue, green, red, divisor;
+};
 
-inline __m128i Spread(short word) {
-    return _mm_set1_epi16(word);
+inline Factors MakeFactors() {
+    return {_mm_set1_epi16(Opaque(14)), _mm_set1_epi16(Opaque(73)), _mm_set1_epi16(Opaque(37)),
+            _mm_set1_epi16(Opaque(kDivisor))};
 }
 
-// Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
-inline std::uint32_t GrayStep(const std::uint8_t* pixels, Lanes divisor, std::uint8_t* gray) {
+// Gray of 8 pixels as words, and which of them are ties.
+inline __m128i Gray8(const std::uint8_t* pixels, const Factors& factors, __m128i& ties) {
     // Interleaving pixels 0 to 3 with 4 to 7, then even with odd ones, three times brings equal channels
     // together: d holds B0 B2 B4 B6, G0 .., R0 .., B1 ..
     const __m128i low = LoadBytes(pixels), high = _mm_srli_si128(LoadBytes(pixels + 8), 4);
@@ -123,20 +134,28 @@ inline std::uint32_t GrayStep(const std::uint8_t* pixels, Lanes divisor, std::ui
     const __m128i blue = _mm_unpacklo_epi8(blueGreen, zero), green = _mm_unpackhi_epi8(blueGreen, zero);
     const __m128i red = _mm_unpacklo_epi8(_mm_unpackhi_epi8(d, odd), zero);
 
-    const __m128i sums = _mm_add_epi16(
-        _mm_mullo_epi16(green, _mm_set1_epi16(73)),
-        _mm_add_epi16(_mm_mullo_epi16(red, _mm_set1_epi16(37)), _mm_mullo_epi16(blue, _mm_set1_epi16(14))));
+    const __m128i sums =
+        _mm_add_epi16(_mm_mullo_epi16(green, factors.green),
+                      _mm_add_epi16(_mm_mullo_epi16(red, factors.red), _mm_mullo_epi16(blue, factors.blue)));
     const __m128i redGreen = _mm_add_epi16(red, green);
-    const __m128i rests = _mm_add_epi16(_mm_add_epi16(redGreen, _mm_set1_epi16(kHalf)),
-                                        _mm_slli_epi16(_mm_add_epi16(redGreen, blue), 1));
+    const __m128i twice = _mm_add_epi16(redGreen, blue);
+    const __m128i rests =
+        _mm_add_epi16(_mm_add_epi16(redGreen, _mm_set1_epi16(kHalf)), _mm_add_epi16(twice, twice));
     const __m128i eighths = _mm_add_epi16(sums, _mm_srli_epi16(rests, 3));
     const __m128i quotients =
         _mm_srli_epi16(_mm_mulhi_epu16(eighths, _mm_set1_epi16(kQuotientFactor)), kQuotientShift);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(gray), _mm_packus_epi16(quotients, quotients));
     // A tie leaves no rest. The sum and 1000 q differ by less than 1000, so their low 16 bits tell.
     const __m128i whole = _mm_add_epi16(_mm_slli_epi16(sums, 3), rests);
-    const __m128i ties = _mm_cmpeq_epi16(whole, _mm_mullo_epi16(quotients, divisor));
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(ties, zero)));
+    ties = _mm_cmpeq_epi16(whole, _mm_mullo_epi16(quotients, factors.divisor));
+    return quotients;
+}
+
+// Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
+inline std::uint32_t GrayStep(const std::uint8_t* pixels, const Factors& factors, std::uint8_t* gray) {
+    __m128i lowTies, highTies;
+    const __m128i low = Gray8(pixels, factors, lowTies), high = Gray8(pixels + 24, factors, highTies);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(gray), _mm_packus_epi16(low, high));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(lowTies, highTies)));
 }
 
 inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* packed) {
@@ -158,11 +177,9 @@ void GrayRow(const std::uint8_t* row, int width, std::uint8_t* gray) {
         for (int x = 0; x < width; ++x) gray[x] = GrayByRule(row + 3 * x);
         return;
     }
-    short divisor = kDivisor;
-    asm("" : "+r"(divisor));  // a constant known to the compiler would become a chain of shifts and sums
-    const Lanes divisors = Spread(divisor);
-    const auto step = [=](int x) {
-        std::uint32_t ties = GrayStep(row + 3 * x, divisors, gray + x);
+    const Factors factors = MakeFactors();
+    const auto step = [&](int x) {
+        std::uint32_t ties = GrayStep(row + 3 * x, factors, gray + x);
         for (; ties != 0; ties &= ties - 1) [[unlikely]] {
                 const int i = x + __builtin_ctz(ties);
                 gray[i] = GrayByRule(row + 3 * i);
