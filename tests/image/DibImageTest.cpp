@@ -140,12 +140,12 @@ TEST(DibImage, ConvertsRowsOfEveryLengthToGray) {
         ASSERT_TRUE(gray.Create(width, 2, 8));
         ASSERT_TRUE(image.ConvertToGray(gray));
         for (int y = 0; y < 2; ++y) {
-            for (int x = 0; x < static_cast<int>(gray.RowBytes()); ++x) {
+            for (int x = 0; x < width; ++x) {
                 const std::uint8_t* pixel = host.Row(y) + 3 * x;
-                const int level =
-                    static_cast<int>(0.299 * pixel[2] + 0.587 * pixel[1] + 0.114 * pixel[0] + 0.5);
-                ASSERT_EQ(gray.Row(y)[x], x < width ? level : 0) << x << " of " << width;
+                const double level = 0.299 * pixel[2] + 0.587 * pixel[1] + 0.114 * pixel[0] + 0.5;
+                ASSERT_EQ(gray.Row(y)[x], static_cast<int>(level)) << x << " of " << width;
             }
+            for (unsigned x = width; x < gray.RowBytes(); ++x) ASSERT_EQ(gray.Row(y)[x], 0) << "padding";
         }
     }
 }
