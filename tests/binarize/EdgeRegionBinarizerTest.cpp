@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "binarize/EdgeRegionBinarizer.h"
-
 #include <gtest/gtest.h>
 
+#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/EdgeRegionReference.h"
 #include "binarize/RandomPages.h"
 #include "image/ImageTool.h"
@@ -16,7 +15,7 @@ using Result = std::optional<EdgeRegionReference::Bytes>;
 
 enum class Entry { kPage, kBlock, kSharp };
 
-bool Run(Entry entry, DibImage& image) {
+bool RunMethod(Entry entry, DibImage& image) {
     ImageTool tool(&image);
     switch (entry) {
         case Entry::kPage: return tool.BinarizeByMethod(5);
@@ -39,7 +38,7 @@ std::string Difference(Entry entry, const HostImage& page) {
     const int width = reference.width, height = reference.height;
     const Result expected = RunReference(entry, reference);
     DibImage image(page.Handle());
-    if (Run(entry, image) != expected.has_value()) return "success";
+    if (RunMethod(entry, image) != expected.has_value()) return "success";
     if (image.Is1Bit() != expected.has_value()) return "format";
     const auto& bytes = expected ? *expected : reference.src;
     for (int y = 0; y < height; ++y) {
@@ -58,13 +57,37 @@ std::string Difference(Entry entry, const HostImage& page) {
 class EdgeRegionPages : public testing::TestWithParam<Entry> {};
 
 TEST_P(EdgeRegionPages, AreThoseOfTheReference) {
-    for (std::uint32_t seed = 0; seed < 300; ++seed) {
-        const HostImage page = test::RandomPage(seed);
-        EXPECT_EQ(Difference(GetParam(), page), "") << "seed " << seed;
+    std::vector<std::uint32_t> seeds(std::begin(test::kVariedPages), std::end(test::kVariedPages));
+    for (std::uint32_t seed = 1; seed < 400; seed += 2) seeds.push_back(seed);
+    for (std::uint32_t seed = 0; seed < 60; seed += 2) seeds.push_back(seed);
+    for (const std::uint32_t seed : seeds) {
+        EXPECT_EQ(Difference(GetParam(), test::RandomPage(seed)), "") << "seed " << seed;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Entries, EdgeRegionPages, testing::Values(Entry::kPage, Entry::kBlock, Entry::kSharp));
+// A column of marks in more row groups than are kept apart.
+TEST_P(EdgeRegionPages, MayHaveManyRowGroups) {
+    const HostImage page(60, 2000, 8);
+    for (int y = 0; y < 2000; ++y) {
+        for (int x = 0; x < 60; ++x) {
+            const bool mark = y % 24 < 9 && (x - y / 24 % 7) % 20 > 10;
+            page.Row(y)[x] = static_cast<std::uint8_t>(mark ? 40 : 230 - y % 5);
+        }
+    }
+    EXPECT_EQ(Difference(GetParam(), page), "");
+}
+
+TEST_P(EdgeRegionPages, WithoutPixelsFail) {
+    for (const auto& [width, height] : {std::pair(0, 0), std::pair(0, 9), std::pair(9, 0)}) {
+        const HostImage page(width, height, 8);
+        DibImage image(page.Handle());
+        EXPECT_FALSE(RunMethod(GetParam(), image));
+        EXPECT_FALSE(image.Is1Bit());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Entries, EdgeRegionPages,
+                         testing::Values(Entry::kPage, Entry::kBlock, Entry::kSharp));
 
 }  // namespace
 }  // namespace tavrix
