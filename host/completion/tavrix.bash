@@ -1,0 +1,41 @@
+# SPDX-License-Identifier: MIT
+# Completion of the tavrix command for bash.
+_tavrix() {
+    local word=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} choices
+    local files='-r --recursive --files-from -j --jobs -q --quiet --skip-existing -h --help'
+    local pictures='-o --output --name --format'
+    COMPREPLY=()
+    case $last in
+        -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
+        --format) choices='tif png bmp pbm pgm ppm pnm jpg' ;;
+        --op) choices='edge open close smooth sharpen dilate' ;;
+        --code) choices='none right half left flip mirror-left' ;;
+        --group) choices='text aligned' ;;
+        *) ;;
+    esac
+    if [[ -z $choices && $COMP_CWORD -eq 1 ]]; then
+        choices='binarize compare card components lines trueline logo rotate turn pad morph modes --help --version'
+    elif [[ -z $choices && $word == -* ]]; then
+        case $command in
+            binarize) choices="$files $pictures -m --mode --blocks" ;;
+            compare) choices="$files -o --output" ;;
+            card) choices="$files $pictures -m --mode --overlay --join-pieces --split-wide" ;;
+            components) choices="$files -m --mode --json --overlay --grow --noise --line-noise --group" ;;
+            lines) choices="$files -m --mode --json --overlay --join-pieces --split-wide --from-left" ;;
+            trueline) choices="$files -m --mode --json --overlay --join-pieces --split-wide" ;;
+            logo) choices="$files -m --mode --json --overlay" ;;
+            rotate) choices="$files $pictures -a --angle -c --counter-clockwise" ;;
+            turn) choices="$files $pictures -m --mode -b --block --code" ;;
+            pad) choices="$files $pictures -m --mode" ;;
+            morph) choices="$files $pictures -m --mode --op" ;;
+            *) choices='-h --help' ;;
+        esac
+    fi
+    if [[ -n $choices ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$word")
+    else
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    fi
+}
+complete -F _tavrix tavrix
