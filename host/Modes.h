@@ -22,7 +22,7 @@ inline constexpr std::array<Mode, 9> kModes = {{
     {4, "gradient", "outlines rather than filled strokes: strength of edges", true},
     {5, "regions", "cards with pictures and coloured areas: a rule for every region around its edges", true},
     {6, "isodata", "even light: one threshold midway between the mean of ink and of paper", true},
-    {8, "lines", "cards and pages of text: a rule for every text line", true},
+    {8, "lines", "cards and pages of text: a rule for every text line, nothing else kept", true},
     {9, "sharp", "faint or blurred print: sharpened, then the region rule over the whole picture", false},
 }};
 

@@ -33,6 +33,7 @@ class TiffPages : public PictureReader {
         TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
         TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
         CheckSides(width, height);
+        file.ForgetErrors();  // a bad tag is no reason to refuse good pixels
         const int photometric = Field(TIFFTAG_PHOTOMETRIC);
         const bool isGray = photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK;
         const int bits = Field(TIFFTAG_BITSPERSAMPLE);

@@ -19,6 +19,8 @@ class TiffMemory {
     TiffMemory& operator=(const TiffMemory&) = delete;
 
     TIFF* Handle() const { return handle; }
+    // Complaints so far do not count.
+    void ForgetErrors() { error.clear(); }
     bool HasError() const { return !error.empty(); }
     std::string Reason() const { return "TIFF: " + (error.empty() ? "the data is damaged" : error); }
     // Closes the handle; the bytes of the file that was written.

@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "Commands/Commands.h"
 #include "OutputNames.h"
@@ -29,8 +30,16 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "tavrix " TAVRIX_VERSION);
     app.require_subcommand(1);
     app.footer(kExitCodes);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("tavrix: ") + error.what() + "\n" +
+               "tavrix --help and tavrix COMMAND --help say more\n";
+    });
     ExitCode code = kDone;
-    AddBinarizeCommand(app, code);
+    for (const auto add : {AddBinarizeCommand, AddCompareCommand, AddCardCommand, AddComponentsCommand,
+                           AddLinesCommand, AddTrueLineCommand, AddLogoCommand, AddRotateCommand,
+                           AddTurnCommand, AddPadCommand, AddMorphCommand}) {
+        add(app, code);
+    }
     AddModesCommand(app);
     try {
         app.parse(argc, argv);

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/FileOptions.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "OutputFile.h"
@@ -9,6 +13,16 @@
 namespace fs = std::filesystem;
 
 namespace tavrix::host {
+namespace {
+
+// Standard output, a pipe or a device: its name does not tell a format.
+bool IsStream(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    return path == "-" || (fs::exists(status) && !fs::is_regular_file(status));
+}
+
+}  // namespace
 
 void AddFileOptions(CLI::App& command, FileOptions& options) {
     command.add_option("INPUT", options.names, "Pictures (PNG, JPEG, TIFF, BMP, PNM), folders with -r, or -");
@@ -39,6 +53,26 @@ void AddPictureOptions(CLI::App& command, PictureOptions& options) {
                        : "must be " + std::string(kFormatNames);
         })
         ->capture_default_str();
+}
+
+void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t count, const std::string& form,
+                      std::vector<int>& numbers, const std::string& text) {
+    const auto parse = [name, count, form, &numbers](const std::string& given) {
+        numbers.clear();
+        for (const std::string& part : CLI::detail::split(given, ',')) {
+            int number = -1;
+            const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), number);
+            if (error != std::errc() || end != part.data() + part.size() || number < 0 || number > kMaxSide)
+                break;
+            numbers.push_back(number);
+        }
+        if (numbers.size() != count ||
+            std::count(given.begin(), given.end(), ',') + 1 != std::ptrdiff_t(count)) {
+            throw CLI::ValidationError(
+                name, given + " is not " + form + ", numbers of 0 to " + std::to_string(kMaxSide));
+        }
+    };
+    command.add_option_function<std::string>(name, parse, text)->type_name(form);
 }
 
 void AddModeOption(CLI::App& command, Mode& mode) {
@@ -87,7 +121,7 @@ void PictureSink::Finish() {
 }
 
 void PictureSink::Write(const std::string& path, const std::vector<Picture>& pictures) const {
-    const std::optional<Format> format = FormatOfName(path == "-" ? "x." + standardExtension : path);
+    const std::optional<Format> format = FormatOfName(IsStream(path) ? "x." + standardExtension : path);
     if (!format) FailWriting("cannot write " + path + ": the extension must be " + kFormatNames);
     claims.Claim(path);
     WriteWhole(path, EncodePictures(*format, pictures));
@@ -98,9 +132,9 @@ void CheckPictureName(const std::string& option, const std::string& place, const
     const bool isFolder = !place.empty() && (place.back() == '/' || fs::is_directory(place, error));
     const std::string& name = isFolder ? pattern : place;
     if (place.empty() || place == "-" || name.ends_with("{ext}")) return;
-    const bool isDevice = !isFolder && fs::exists(place, error) && !fs::is_regular_file(place, error);
-    if (!isDevice && !FormatOfName(name)) {
-        throw UsageError(option + " " + name + ": the extension must be " + kFormatNames);
+    if ((isFolder || !IsStream(place)) && !FormatOfName(name)) {
+        throw UsageError(option + " " + name + ": the extension must be " + kFormatNames +
+                         " (the name of a new folder ends with /)");
     }
 }
 

@@ -32,6 +32,10 @@ struct PictureOptions {
 
 void AddPictureOptions(CLI::App& command, PictureOptions& options);
 
+// An option of count numbers, none negative, with commas between them. form: as the help shows it.
+void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t count, const std::string& form,
+                      std::vector<int>& numbers, const std::string& text);
+
 // --mode, by number or name.
 void AddModeOption(CLI::App& command, Mode& mode);
 const Mode& DefaultMode();
@@ -43,7 +47,7 @@ class PictureSink {
     PictureSink(const OutputNames& names, const std::string& standardExtension, const Input& input,
                 OutputClaims& claims, bool skipsExisting);
 
-    // The output, or for outputs by page their first, is there already and stays.
+    // Nothing is left to write: the output is there already. Outputs by page are looked at one by one.
     bool IsAllDone() const;
     void Add(Picture page);
     void Finish();
