@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A host in C++ that has the components of a white 32 x 2 image with one black pixel counted.
-#include <tavrix/component_store.hpp>
 #include <tavrix/tavrix.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <tavrix/component_store.hpp>
 
 int main() {
     BITMAPINFOHEADER header = {40, 32, 2, 1, 1, 0, 8, 0, 0, 2, 0};
