@@ -77,10 +77,19 @@ class Extraction {
 
     void SetLine(ComponentNode* parent) { line = parent; }
 
+    // row stays readable until the next row or Finish.
     void AddRow(const std::uint8_t* row, int width, std::int16_t y) {
+        // Each run of a row like the one before touches its own predecessor and nothing else.
+        if (canRepeat && std::memcmp(row, previousRow, static_cast<std::size_t>(width + 7) / 8) == 0) {
+            ++repeats;
+            previousY = y;
+            return;
+        }
+        AddRepeats();
         if (labelCount > 2 * previousCount + kSpareLabels) DropClosedLabels();
         const std::uint16_t* const end = edges.data() + edges.size();
         const std::uint16_t* edge = FindEdges(row, width, edges.data() + edges.size());
+        const auto runCount = static_cast<std::size_t>(end - edge) / 2;
         const Run* touching = previous.data();
         Run* added = current.data();
         for (; edge != end; edge += 2) {
@@ -88,12 +97,16 @@ class Extraction {
             if (label == kNoLabel) continue;
             *added++ = {edge[0], static_cast<std::uint16_t>(edge[1] - 1), label};
         }
-        previousCount = added - current.data();
+        previousCount = static_cast<std::size_t>(added - current.data());
         *added = kEndOfRow;
         current.swap(previous);
+        previousRow = row;
+        previousY = y;
+        canRepeat = previousCount == runCount;  // else a dropped run may find room next time
     }
 
     void Finish() {
+        AddRepeats();
         for (std::uint32_t i = 0; i < labelCount; ++i) {
             if (labels[i].parent == i) WriteNode(labels[i]);
         }
@@ -122,6 +135,17 @@ class Extraction {
         component.right = std::max(component.right, static_cast<std::int16_t>(end - 1));
         component.pixelCount += static_cast<std::uint32_t>(end - start);
         return label;
+    }
+
+    // Extends the previous row's runs over the rows like it that followed.
+    void AddRepeats() {
+        if (repeats == 0) return;
+        for (std::size_t i = 0; i < previousCount; ++i) {
+            Label& component = labels[RootOf(previous[i].label)];
+            component.pixelCount += repeats * (previous[i].lastX - previous[i].firstX + 1u);
+            component.top = previousY;
+        }
+        repeats = 0;
     }
 
     std::uint32_t StartComponent(int start, int end, std::int16_t y) {
@@ -191,6 +215,10 @@ class Extraction {
     std::vector<Run> previous;  // runs of the row before, left to right, and kEndOfRow
     std::vector<Run> current;
     std::size_t previousCount = 0;
+    const std::uint8_t* previousRow = nullptr;
+    std::int16_t previousY = 0;
+    std::uint32_t repeats = 0;  // rows like previousRow that previous does not count yet
+    bool canRepeat = false;
     std::vector<Label> labels;
     std::vector<Label> spareLabels;
     std::uint32_t labelCount = 0;
