@@ -29,6 +29,13 @@ void PageSizes(benchmark::internal::Benchmark* bench) {
     bench->Args({1063, 650})->Args({2126, 1300})->Args({4252, 2600})->Unit(benchmark::kMicrosecond);
 }
 
+int WidthOf(const benchmark::State& state) {
+    return static_cast<int>(state.range(0));
+}
+int HeightOf(const benchmark::State& state) {
+    return static_cast<int>(state.range(1));
+}
+
 std::unique_ptr<DibImage> CardPage(int width, int height, int bitCount) {
     std::mt19937 random(7);
     auto page = std::make_unique<DibImage>();

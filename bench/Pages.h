@@ -12,6 +12,8 @@ namespace tavrix::bench {
 
 // Registers all page sizes: range(0) is the width, range(1) the height.
 void PageSizes(benchmark::internal::Benchmark* bench);
+int WidthOf(const benchmark::State& state);
+int HeightOf(const benchmark::State& state);
 
 // Dark text-like strokes on uneven light paper with noise, 8 or 24 bits.
 std::unique_ptr<DibImage> CardPage(int width, int height, int bitCount);

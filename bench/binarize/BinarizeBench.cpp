@@ -12,13 +12,6 @@
 namespace tavrix::bench {
 namespace {
 
-int WidthOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(0));
-}
-int HeightOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(1));
-}
-
 void Method(benchmark::State& state, std::uint32_t id) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
     DibImage work;

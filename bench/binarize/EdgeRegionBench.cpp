@@ -17,7 +17,7 @@ namespace {
 // A page, and a buffer of its size for the result of a pass.
 struct Bench {
     explicit Bench(const benchmark::State& state)
-        : page(CardPage(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), 8)),
+        : page(CardPage(WidthOf(state), HeightOf(state), 8)),
           shape(PageShape::WithPadding(*page)),
           target(shape.Bytes()) {}
 

@@ -7,7 +7,7 @@ namespace {
 
 // Beside EdgeRegions: the same page by the other page-analysing method.
 void LineRegions(benchmark::State& state, bool (LineRegionBinarizer::*entry)()) {
-    const auto page = CardPage(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), 8);
+    const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
     DibImage work(page.get());
     for (auto _ : state) {
         *work.header = *page->header;

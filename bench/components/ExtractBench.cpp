@@ -27,12 +27,8 @@ std::unique_ptr<DibImage> Noise(int width, int height) {
 
 using Page = std::unique_ptr<DibImage> (*)(int width, int height);
 
-int Side(const benchmark::State& state, int i) {
-    return static_cast<int>(state.range(i));
-}
-
 void Extract(benchmark::State& state, Page makePage) {
-    const auto page = makePage(Side(state, 0), Side(state, 1));
+    const auto page = makePage(WidthOf(state), HeightOf(state));
     ComponentExtractor extractor(page.get());
     for (auto _ : state) {
         state.PauseTiming();
@@ -52,7 +48,7 @@ BENCHMARK_CAPTURE(Extract, Noise, Noise)->Name("Extract_Noise")->Apply(PageSizes
 
 #ifdef TAVRIX_HAVE_OPENCV
 void ExtractOpenCV(benchmark::State& state, Page makePage) {
-    const auto page = makePage(Side(state, 0), Side(state, 1));
+    const auto page = makePage(WidthOf(state), HeightOf(state));
     cv::Mat black(page->Height(), page->Width(), CV_8UC1);
     for (int y = 0; y < black.rows; ++y) {
         for (int x = 0; x < black.cols; ++x)
@@ -72,7 +68,7 @@ BENCHMARK_CAPTURE(ExtractOpenCV, Noise, Noise)->Name("Extract_Noise_OpenCV")->Ap
 #ifdef TAVRIX_HAVE_LEPTONICA
 // Boxes alone: pixel counts would need an image of each component.
 void ExtractLeptonica(benchmark::State& state, Page makePage) {
-    const auto page = makePage(Side(state, 0), Side(state, 1));
+    const auto page = makePage(WidthOf(state), HeightOf(state));
     Pix* pix = pixCreate(page->Width(), page->Height(), 1);
     for (int y = 0; y < page->Height(); ++y) {
         for (int x = 0; x < page->Width(); ++x) pixSetPixel(pix, x, y, page->GetPixel(x, y) == 0);

@@ -67,7 +67,7 @@ void Group(benchmark::State& state, DibImage& page) {
 }
 
 void TextLines_Card(benchmark::State& state) {
-    const auto page = BlackWhitePage(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    const auto page = BlackWhitePage(WidthOf(state), HeightOf(state));
     Group(state, *page);
 }
 void TextLines_HalfTone(benchmark::State& state) {

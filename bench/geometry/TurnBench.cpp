@@ -17,13 +17,6 @@
 namespace tavrix::bench {
 namespace {
 
-int WidthOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(0));
-}
-int HeightOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(1));
-}
-
 // From rows into rows that are there already, as the peer beside it.
 void GrayQuarterTurn(benchmark::State& state) {
     const int width = WidthOf(state), height = HeightOf(state);

@@ -13,13 +13,6 @@
 namespace tavrix::bench {
 namespace {
 
-int WidthOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(0));
-}
-int HeightOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(1));
-}
-
 void Gray(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 24);
     DibImage gray;

@@ -17,13 +17,6 @@
 namespace tavrix::bench {
 namespace {
 
-int WidthOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(0));
-}
-int HeightOf(const benchmark::State& state) {
-    return static_cast<int>(state.range(1));
-}
-
 // One pass from one image into another, as the peers beside it do.
 template <auto kSpread>
 void Spread(benchmark::State& state) {

@@ -6,7 +6,7 @@
 #include <new>
 #include <unordered_map>
 
-#include "platform/GlobalMemory.h"
+#include "tavrix/global_memory.h"
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/asan_interface.h>
@@ -133,29 +133,3 @@ unsigned GlobalFlags(HGLOBAL handle) {
 }
 
 }  // extern "C"
-
-namespace tavrix::platform {
-
-HGLOBAL AllocMovable(std::size_t bytes) {
-    return GlobalAlloc(GHND, bytes);
-}
-HGLOBAL AllocFixed(std::size_t bytes) {
-    return GlobalAlloc(GPTR, bytes);
-}
-void* Lock(HGLOBAL handle) {
-    return GlobalLock(handle);
-}
-void Unlock(HGLOBAL handle) {
-    GlobalUnlock(handle);
-}
-void Free(HGLOBAL handle) {
-    GlobalFree(handle);
-}
-HGLOBAL HandleOf(const void* address) {
-    return GlobalHandle(address);
-}
-std::size_t SizeOf(HGLOBAL handle) {
-    return GlobalSize(handle);
-}
-
-}  // namespace tavrix::platform
