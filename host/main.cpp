@@ -6,11 +6,11 @@
 #include <exception>
 #include <string>
 
-#include "Commands/Commands.h"
-#include "OutputNames.h"
-#include "Picture.h"
+#include "batch/OutputNames.h"
+#include "commands/Commands.h"
+#include "picture/Picture.h"
 
-using namespace tavrix::host;
+using namespace host;
 
 namespace {
 

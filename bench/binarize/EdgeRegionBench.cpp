@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "Pages.h"
-#include "binarize/EdgeMeasures.h"
-#include "binarize/EdgeRegionBinarizer.h"
-#include "binarize/RegionPasses.h"
+#include "regions/EdgeMeasures.h"
+#include "regions/EdgeRegionBinarizer.h"
+#include "regions/RegionPasses.h"
 
 #ifdef TAVRIX_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>

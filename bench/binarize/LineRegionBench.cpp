@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Pages.h"
-#include "binarize/LineRegionBinarizer.h"
+#include "regions/LineRegionBinarizer.h"
 
 namespace tavrix::bench {
 namespace {

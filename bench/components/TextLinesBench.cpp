@@ -9,8 +9,8 @@
 
 #include "Pages.h"
 #include "components/ComponentStore.h"
-#include "components/TextLineGrouper.h"
 #include "image/ImageTool.h"
+#include "lines/TextLineGrouper.h"
 
 namespace tavrix::bench {
 namespace {

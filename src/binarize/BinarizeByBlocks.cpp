@@ -2,15 +2,15 @@
 #include <new>
 
 #include "binarize/BernsenBinarizer.h"
-#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/GradientBinarizer.h"
 #include "binarize/IsodataBinarizer.h"
-#include "binarize/LineRegionBinarizer.h"
 #include "binarize/LocalContrastBinarizer.h"
 #include "binarize/OtsuBinarizer.h"
 #include "binarize/PeakFitBinarizer.h"
 #include "image/ImageTool.h"
 #include "platform/Message.h"
+#include "regions/EdgeRegionBinarizer.h"
+#include "regions/LineRegionBinarizer.h"
 
 namespace tavrix {
 

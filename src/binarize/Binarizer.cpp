@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "binarize/Histogram.h"
-#include "binarize/PageKernels.h"
+#include "regions/PageKernels.h"
 
 namespace tavrix {
 namespace {

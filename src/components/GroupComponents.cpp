@@ -3,8 +3,8 @@
 
 #include "components/AlignedBlockGrouper.h"
 #include "components/OrientedBlockGrouper.h"
-#include "components/TextLineGrouper.h"
 #include "image/ImageTool.h"
+#include "lines/TextLineGrouper.h"
 
 namespace tavrix {
 

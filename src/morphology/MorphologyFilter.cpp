@@ -5,10 +5,10 @@
 #include <cstring>
 #include <vector>
 
-#include "binarize/PageKernels.h"
 #include "image/DibImage.h"
 #include "morphology/MorphologyKernels.h"
 #include "platform/OutputFile.h"
+#include "regions/PageKernels.h"
 
 namespace tavrix {
 namespace {

@@ -9,10 +9,10 @@
 #include "components/ComponentExtractor.h"
 #include "components/ComponentGrouper.h"
 #include "components/ComponentNoiseFilter.h"
-#include "components/TextLineGrouper.h"
 #include "geometry/RotationTool.h"
 #include "image/DibImage.h"
 #include "image/ImageTool.h"
+#include "lines/TextLineGrouper.h"
 #include "tavrix/tavrix.h"
 
 // Classes with virtual operations are not of standard layout, but every compiler we build with has their

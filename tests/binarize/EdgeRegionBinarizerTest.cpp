@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/EdgeRegionReference.h"
 #include "binarize/RandomPages.h"
 #include "image/ImageTool.h"
+#include "regions/EdgeRegionBinarizer.h"
 
 namespace tavrix {
 namespace {

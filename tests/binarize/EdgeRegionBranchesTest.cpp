@@ -5,9 +5,9 @@
 #include <set>
 #include <string>
 
-#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/RandomPages.h"
-#include "binarize/Trace.h"
+#include "regions/EdgeRegionBinarizer.h"
+#include "regions/Trace.h"
 
 namespace tavrix {
 namespace {

@@ -4,9 +4,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "binarize/LineRegionBinarizer.h"
 #include "binarize/LineRegionReference.h"
 #include "binarize/RandomPages.h"
+#include "regions/LineRegionBinarizer.h"
 
 // Emulators of 32-bit programs ignore the limit.
 #if defined(__linux__) && defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)

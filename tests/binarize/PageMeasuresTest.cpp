@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "binarize/EdgeMeasures.h"
-#include "binarize/EdgeRegionBinarizer.h"
 #include "binarize/EdgeRegionReference.h"
-#include "binarize/HistogramMeasures.h"
-#include "binarize/PageKernels.h"
-#include "binarize/RegionPasses.h"
-#include "binarize/SideBorders.h"
-#include "binarize/TextComponents.h"
+#include "regions/EdgeMeasures.h"
+#include "regions/EdgeRegionBinarizer.h"
+#include "regions/HistogramMeasures.h"
+#include "regions/PageKernels.h"
+#include "regions/RegionPasses.h"
+#include "regions/SideBorders.h"
+#include "regions/TextComponents.h"
 
 namespace tavrix {
 namespace {

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "components/HeightHistogram.h"
-#include "components/LineNodes.h"
 #include "components/PlainTextLines.h"
 #include "components/StoreSupport.h"
-#include "components/TextLineGrouper.h"
 #include "image/DibImage.h"
+#include "lines/HeightHistogram.h"
+#include "lines/LineNodes.h"
+#include "lines/TextLineGrouper.h"
 #include "support/HostImage.h"
 
 namespace tavrix {

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "batch/Inputs.h"
+
+namespace host {
+
+// What the command returns to the shell.
+enum ExitCode { kDone = 0, kSomeFailed = 1, kUsage = 2, kNothingReadable = 3, kOutputUnwritable = 4 };
+
+struct JobOptions {
+    int threads = 1;
+    bool isQuiet = false;
+};
+
+// What became of one input.
+struct Outcome {
+    std::string text;     // for standard output
+    bool isRead = false;  // at least one page could be read
+    bool isSkipped = false;
+};
+
+// Runs work on every input, on several threads, and reports on standard error: failures always, each
+// with the file's name, and progress over several inputs (a bar on a terminal, lines elsewhere). Texts
+// go to standard output in the order of the inputs. work throws PictureError for a picture that failed.
+ExitCode RunJobs(const std::vector<Input>& inputs, const JobOptions& options,
+                 const std::function<void(const Input&, Outcome&)>& work);
+
+}  // namespace host

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "batch/Inputs.h"
+
+namespace host {
+
+// A command line that cannot be carried out; nothing has been done.
+class UsageError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Which files a run may write: no input, and none twice.
+class OutputClaims {
+  public:
+    explicit OutputClaims(const std::vector<Input>& inputs);
+    bool IsInput(const std::string& path) const;
+    // Safe to use from several threads; throws PictureError.
+    void Claim(const std::string& path);
+
+  private:
+    std::set<std::pair<dev_t, ino_t>> inputFiles;
+    std::set<std::string> claimed;
+    std::mutex mutex;
+};
+
+// Where the results of one option go: a file, a folder with a pattern for the names in it, or "-".
+// In names, {stem} is the input's name without folder and extension, {ext} its extension and {page} the
+// page's number from 1 on.
+class OutputNames {
+  public:
+    // place: the option's value, empty when it was not given. pattern: names inside a folder.
+    OutputNames(std::string option, std::string place, std::string pattern);
+
+    bool IsWanted() const { return !place.empty(); }
+    bool IsStandardOutput() const { return place == "-"; }
+    // Every page becomes a file of its own.
+    bool IsByPage() const { return name.find("{page}") != std::string::npos; }
+    std::string NameOf(const Input& input, std::size_t page) const;
+
+    // Throws UsageError when the outputs of several inputs would fall on one name, or on an input.
+    void Check(const std::vector<Input>& inputs, const OutputClaims& claims) const;
+
+  private:
+    std::string option;
+    std::string place;
+    std::string name;  // pattern of the last part, or of the whole path when isFolder is false
+    bool isFolder = false;
+};
+
+}  // namespace host

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "commands/AnalysisCommand.h"
+
+#include <optional>
+#include <utility>
+
+#include "findings/Overlay.h"
+#include "findings/Report.h"
+#include "operations/Operations.h"
+#include "picture/PictureReader.h"
+
+namespace host {
+namespace {
+
+constexpr char kOverlayPattern[] = "{stem}-overlay-{page}.png";
+constexpr char kOverlayFormat[] = "png";
+
+}  // namespace
+
+void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options) {
+    AddFileOptions(command, options.files);
+    AddModeOption(command, options.mode);
+    command
+        .add_option("--overlay", options.overlay,
+                    "File or folder for a picture with everything drawn over it")
+        ->type_name("OUTPUT");
+}
+
+ExitCode RunAnalysisCommand(const AnalysisOptions& options,
+                            const std::function<Findings(const HostImage&)>& find) {
+    const PictureOptions& output = options.output;
+    const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
+    CheckPictureName("-o", output.place, pattern);
+    CheckPictureName("--overlay", options.overlay, kOverlayPattern);
+    for (const std::string& place : {output.place, options.overlay}) {
+        if (place == "-") throw UsageError("pictures cannot go to standard output: the report goes there");
+    }
+    const OutputNames names("-o", output.place, pattern);
+    const OutputNames overlayNames("--overlay", options.overlay, kOverlayPattern);
+    const std::vector<Input> inputs = InputsOf(options.files);
+    OutputClaims claims(inputs);
+    names.Check(inputs, claims);
+    overlayNames.Check(inputs, claims);
+    return RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
+        const bool isResuming = options.files.skipsExisting;
+        PictureSink bitsSink(names, output.extension, input, claims, isResuming);
+        PictureSink overlaySink(overlayNames, kOverlayFormat, input, claims, isResuming);
+        if (isResuming && (names.IsWanted() || overlayNames.IsWanted()) && bitsSink.IsAllDone() &&
+            overlaySink.IsAllDone()) {
+            outcome.isSkipped = true;
+            return;
+        }
+        PageFacts facts;
+        facts.file = input.path;
+        const auto reader = OpenPicture(input.path);
+        for (; std::optional<Picture> page = reader->Next(); ++facts.page) {
+            outcome.isRead = true;
+            facts.width = page->image.Width();
+            facts.height = page->image.Height();
+            facts.resolution = page->resolution;
+            facts.mode = page->image.BitCount() == 1 ? "" : options.mode.name;
+            HostImage shown = overlayNames.IsWanted() ? page->image.Copy() : HostImage();
+            HostImage bits = Binarize(std::move(page->image), options.mode);
+            facts.black = CountBlack(bits);
+            const Findings findings = find(bits);
+            outcome.text += options.wantsJson ? ReportJson(facts, findings) : ReportText(facts, findings);
+            if (overlayNames.IsWanted()) overlaySink.Add({DrawOverlay(shown, findings), facts.resolution});
+            bitsSink.Add({std::move(bits), facts.resolution});
+        }
+        bitsSink.Finish();
+        overlaySink.Finish();
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+
+#include "commands/FileOptions.h"
+#include "findings/Findings.h"
+#include "picture/HostImage.h"
+
+namespace host {
+
+struct AnalysisOptions {
+    FileOptions files;
+    PictureOptions output;  // the 1-bit picture; only card offers it
+    Mode mode = DefaultMode();
+    bool wantsJson = false;
+    std::string overlay;
+};
+
+// Inputs, --mode, --json and --overlay.
+void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options);
+
+// The run of a command that looks for something on 1-bit pages: read, binarize, find, report.
+ExitCode RunAnalysisCommand(const AnalysisOptions& options,
+                            const std::function<Findings(const HostImage&)>& find);
+
+}  // namespace host

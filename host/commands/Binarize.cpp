@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+#include "commands/Commands.h"
+#include "commands/PictureCommand.h"
+#include "operations/Operations.h"
+
+namespace host {
+namespace {
+
+struct BinarizeOptions {
+    FileOptions files;
+    PictureOptions output;
+    Mode mode = DefaultMode();
+    bool byBlocks = false;
+};
+
+}  // namespace
+
+void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
+    CLI::App& command =
+        *app.add_subcommand("binarize", "Turn scans and photographs into clean 1-bit pictures");
+    const auto options = std::make_shared<BinarizeOptions>();
+    AddFileOptions(command, options->files);
+    AddPictureOptions(command, options->output);
+    AddModeOption(command, options->mode);
+    command.add_flag("--blocks", options->byBlocks,
+                     "Treat the picture as one block in modes regions and lines");
+    command.callback([options, &code] {
+        if (options->byBlocks && !options->mode.hasBlocks) {
+            throw UsageError("mode " + std::string(options->mode.name) + " cannot be used with --blocks");
+        }
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
+            return Picture{Binarize(std::move(page.image), options->mode, options->byBlocks),
+                           page.resolution};
+        });
+    });
+}
+
+void AddModesCommand(CLI::App& app) {
+    CLI::App& command = *app.add_subcommand("modes", "List the binarization modes");
+    command.callback([] {
+        for (const Mode& mode : kModes) {
+            std::printf("%d  %-9s %s\n", mode.number, mode.name.data(), mode.suits.data());
+        }
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "batch/OutputFile.h"
+#include "commands/Commands.h"
+#include "commands/FileOptions.h"
+#include "findings/CompareSheet.h"
+#include "picture/PictureReader.h"
+
+namespace host {
+namespace {
+
+struct CompareOptions {
+    FileOptions files;
+    std::string place;
+};
+
+ExitCode Compare(const CompareOptions& options) {
+    const OutputNames names("-o", options.place, "{stem}.html");
+    if (names.IsByPage()) throw UsageError("-o: all pages of a picture share one sheet: {page} has no place");
+    const std::vector<Input> inputs = InputsOf(options.files);
+    OutputClaims claims(inputs);
+    names.Check(inputs, claims);
+    return RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
+        const std::string path = names.NameOf(input, 1);
+        if (options.files.skipsExisting && path != "-" && std::filesystem::exists(path)) {
+            outcome.isSkipped = true;
+            return;
+        }
+        std::vector<ComparedPage> pages;
+        const auto reader = OpenPicture(input.path);
+        while (std::optional<Picture> page = reader->Next()) {
+            outcome.isRead = true;
+            pages.push_back(ComparePage(std::move(*page)));
+        }
+        const std::string sheet = ComposeSheet(input.path, pages);
+        claims.Claim(path);
+        WriteWhole(path, {reinterpret_cast<const std::uint8_t*>(sheet.data()), sheet.size()});
+    });
+}
+
+}  // namespace
+
+void AddCompareCommand(CLI::App& app, ExitCode& code) {
+    CLI::App& command =
+        *app.add_subcommand("compare", "Write a page of HTML that shows a picture under every mode");
+    const auto options = std::make_shared<CompareOptions>();
+    AddFileOptions(command, options->files);
+    command.add_option("-o,--output", options->place, "HTML file, folder, or -")
+        ->type_name("OUTPUT")
+        ->required();
+    command.callback([options, &code] { code = Compare(*options); });
+}
+
+}  // namespace host

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#include "commands/FileOptions.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "batch/OutputFile.h"
+
+namespace fs = std::filesystem;
+
+namespace host {
+namespace {
+
+// Standard output, a pipe or a device: its name does not tell a format.
+bool IsStream(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    return path == "-" || (fs::exists(status) && !fs::is_regular_file(status));
+}
+
+}  // namespace
+
+void AddFileOptions(CLI::App& command, FileOptions& options) {
+    command.add_option("INPUT", options.names, "Pictures (PNG, JPEG, TIFF, BMP, PNM), folders with -r, or -");
+    command
+        .add_option("--files-from", options.list, "Read names of inputs from a file, one a line, or from -")
+        ->type_name("FILE");
+    command.add_flag("-r,--recursive", options.isRecursive, "Take all pictures in folders and below");
+    command.add_option("-j,--jobs", options.jobs.threads, "Pictures to work on at the same time")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str();
+    command.add_flag("-q,--quiet", options.jobs.isQuiet, "No progress, only errors");
+    command.add_flag("--skip-existing", options.skipsExisting, "Leave out inputs whose output is there");
+}
+
+void AddPictureOptions(CLI::App& command, PictureOptions& options) {
+    command.add_option("-o,--output", options.place, "File (the extension chooses the format), folder, or -")
+        ->type_name("OUTPUT");
+    command
+        .add_option("--name", options.pattern,
+                    "Names in an output folder: {stem}, {ext} and {page} are filled in")
+        ->type_name("PATTERN");
+    command.add_option("--format", options.extension, "Format in a folder and on standard output")
+        ->type_name("EXT")
+        ->check([](const std::string& text) {
+            return FormatOfName("." + text) || FormatOfName("x." + text)
+                       ? std::string()
+                       : "must be " + std::string(kFormatNames);
+        })
+        ->capture_default_str();
+}
+
+void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t count, const std::string& form,
+                      std::vector<int>& numbers, const std::string& text) {
+    const auto parse = [name, count, form, &numbers](const std::string& given) {
+        numbers.clear();
+        for (const std::string& part : CLI::detail::split(given, ',')) {
+            int number = -1;
+            const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), number);
+            if (error != std::errc() || end != part.data() + part.size() || number < 0 || number > kMaxSide)
+                break;
+            numbers.push_back(number);
+        }
+        if (numbers.size() != count ||
+            std::count(given.begin(), given.end(), ',') + 1 != std::ptrdiff_t(count)) {
+            throw CLI::ValidationError(
+                name, given + " is not " + form + ", numbers of 0 to " + std::to_string(kMaxSide));
+        }
+    };
+    command.add_option_function<std::string>(name, parse, text)->type_name(form);
+}
+
+void AddModeOption(CLI::App& command, Mode& mode) {
+    const auto choose = [&mode](const std::string& text) {
+        const std::optional<Mode> found = FindMode(text);
+        if (!found) throw CLI::ValidationError("--mode", "no mode " + text + " (tavrix modes lists them)");
+        mode = *found;
+    };
+    command
+        .add_option_function<std::string>("-m,--mode", choose,
+                                          "Binarization mode, number or name (see tavrix modes)")
+        ->type_name("MODE")
+        ->default_str(std::string(DefaultMode().name));
+}
+
+const Mode& DefaultMode() {
+    static const Mode mode = *FindMode(std::to_string(kDefaultMode));
+    return mode;
+}
+
+PictureSink::PictureSink(const OutputNames& outputNames, const std::string& extension, const Input& source,
+                         OutputClaims& outputClaims, bool isResuming)
+    : names(outputNames),
+      standardExtension(extension),
+      input(source),
+      claims(outputClaims),
+      skipsExisting(isResuming) {}
+
+bool PictureSink::IsAllDone() const {
+    return !names.IsWanted() ||
+           (!names.IsStandardOutput() && !names.IsByPage() && fs::exists(names.NameOf(input, 1)));
+}
+
+void PictureSink::Add(Picture page) {
+    if (!names.IsWanted()) return;
+    ++pageCount;
+    pages.push_back(std::move(page));
+    if (!names.IsByPage()) return;
+    const std::string path = names.NameOf(input, pageCount);
+    if (!skipsExisting || !fs::exists(path)) Write(path, pages);
+    pages.clear();
+}
+
+void PictureSink::Finish() {
+    if (!pages.empty()) Write(names.NameOf(input, 1), pages);
+}
+
+void PictureSink::Write(const std::string& path, const std::vector<Picture>& pictures) const {
+    const std::optional<Format> format = FormatOfName(IsStream(path) ? "x." + standardExtension : path);
+    if (!format) FailWriting("cannot write " + path + ": the extension must be " + kFormatNames);
+    claims.Claim(path);
+    WriteWhole(path, EncodePictures(*format, pictures));
+}
+
+void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern) {
+    std::error_code error;
+    const bool isFolder = !place.empty() && (place.back() == '/' || fs::is_directory(place, error));
+    const std::string& name = isFolder ? pattern : place;
+    if (place.empty() || place == "-" || name.ends_with("{ext}")) return;
+    if ((isFolder || !IsStream(place)) && !FormatOfName(name)) {
+        throw UsageError(option + " " + name + ": the extension must be " + kFormatNames +
+                         " (the name of a new folder ends with /)");
+    }
+}
+
+std::vector<Input> InputsOf(const FileOptions& options) {
+    std::vector<Input> inputs = CollectInputs(options.names, options.list, options.isRecursive);
+    if (inputs.empty()) throw UsageError("no inputs given");
+    return inputs;
+}
+
+}  // namespace host

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "batch/Jobs.h"
+#include "batch/OutputNames.h"
+#include "operations/Modes.h"
+#include "picture/PictureWriter.h"
+
+namespace host {
+
+// What every command that works on files takes.
+struct FileOptions {
+    std::vector<std::string> names;
+    std::string list;
+    bool isRecursive = false;
+    bool skipsExisting = false;
+    JobOptions jobs;
+};
+
+void AddFileOptions(CLI::App& command, FileOptions& options);
+
+// Where pictures go.
+struct PictureOptions {
+    std::string place;
+    std::string pattern;
+    std::string extension = "tif";  // of files in a folder and on standard output
+};
+
+void AddPictureOptions(CLI::App& command, PictureOptions& options);
+
+// An option of count numbers, none negative, with commas between them. form: as the help shows it.
+void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t count, const std::string& form,
+                      std::vector<int>& numbers, const std::string& text);
+
+// --mode, by number or name.
+void AddModeOption(CLI::App& command, Mode& mode);
+const Mode& DefaultMode();
+
+// Collects one input's pages and writes them when all are there, or every page at once where the name
+// asks for it.
+class PictureSink {
+  public:
+    PictureSink(const OutputNames& names, const std::string& standardExtension, const Input& input,
+                OutputClaims& claims, bool skipsExisting);
+
+    // Nothing is left to write: the output is there already. Outputs by page are looked at one by one.
+    bool IsAllDone() const;
+    void Add(Picture page);
+    void Finish();
+
+  private:
+    void Write(const std::string& path, const std::vector<Picture>& pictures) const;
+
+    const OutputNames& names;
+    const std::string& standardExtension;
+    const Input& input;
+    OutputClaims& claims;
+    bool skipsExisting;
+    std::size_t pageCount = 0;
+    std::vector<Picture> pages;
+};
+
+// Throws UsageError when no picture format has the extension of the names.
+void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern);
+
+// Inputs of a command, after the checks that come before any work. Throws UsageError, PictureError.
+std::vector<Input> InputsOf(const FileOptions& options);
+
+}  // namespace host

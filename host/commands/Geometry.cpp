@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "commands/Commands.h"
+#include "commands/PictureCommand.h"
+#include "operations/Operations.h"
+
+namespace host {
+namespace {
+
+struct RotateOptions {
+    FileOptions files;
+    PictureOptions output;
+    double degrees = 0;
+    bool isCounterClockwise = false;
+};
+
+struct TurnOptions {
+    FileOptions files;
+    PictureOptions output;
+    Mode mode = DefaultMode();
+    std::vector<int> block;  // left, top, right, bottom; empty: the whole picture
+    int code = 0;
+};
+
+struct PadOptions {
+    FileOptions files;
+    PictureOptions output;
+    Mode mode = DefaultMode();
+};
+
+// In the order of RotateImageBlock's codes.
+constexpr std::array kTurnNames = {"none", "right", "half", "left", "flip", "mirror-left"};
+
+int TurnCodeOf(const std::string& text) {
+    for (std::size_t code = 0; code < kTurnNames.size(); ++code) {
+        if (text == kTurnNames[code] || text == std::to_string(code)) return static_cast<int>(code);
+    }
+    throw CLI::ValidationError("--code", "no turn " + text);
+}
+
+Resolution Swapped(const Resolution& resolution) {
+    return {resolution.y, resolution.x};
+}
+
+Picture Turn(Picture page, const TurnOptions& options) {
+    const HostImage bits = Binarize(std::move(page.image), options.mode);
+    Box box = {0, 0, bits.Width() - 1, bits.Height() - 1};
+    if (!options.block.empty()) {
+        box = {options.block[0], options.block[1], options.block[2], options.block[3]};
+    }
+    const bool isQuarter = options.code == 1 || options.code == 3 || options.code == 5;
+    return {TurnBlock(bits, box, options.code), isQuarter ? Swapped(page.resolution) : page.resolution};
+}
+
+}  // namespace
+
+void AddRotateCommand(CLI::App& app, ExitCode& code) {
+    CLI::App& command = *app.add_subcommand("rotate", "Turn pictures by any angle; right angles are exact");
+    const auto options = std::make_shared<RotateOptions>();
+    AddFileOptions(command, options->files);
+    AddPictureOptions(command, options->output);
+    command
+        .add_option("-a,--angle", options->degrees,
+                    "Degrees, clockwise; a negative angle turns the other way")
+        ->required()
+        ->type_name("DEGREES")
+        ->check(CLI::Range(-3600.0, 3600.0));
+    command.add_flag("-c,--counter-clockwise", options->isCounterClockwise, "Turn the other way");
+    command.callback([options, &code] {
+        const double degrees = options->isCounterClockwise ? -options->degrees : options->degrees;
+        code = RunPictureCommand(options->files, options->output, [degrees](Picture page) {
+            const bool isOddQuarter = std::fabs(std::fmod(degrees, 180)) == 90;
+            return Picture{Rotate(std::move(page.image), degrees),
+                           isOddQuarter ? Swapped(page.resolution) : page.resolution};
+        });
+    });
+}
+
+void AddTurnCommand(CLI::App& app, ExitCode& code) {
+    CLI::App& command =
+        *app.add_subcommand("turn", "Cut a block out of 1-bit pictures and turn or mirror it");
+    const auto options = std::make_shared<TurnOptions>();
+    AddFileOptions(command, options->files);
+    AddPictureOptions(command, options->output);
+    AddModeOption(command, options->mode);
+    AddNumbersOption(command, "-b,--block", 4, "LEFT,TOP,RIGHT,BOTTOM", options->block,
+                     "Columns and rows, counted from 0 at the top left, inclusive");
+    command
+        .add_option_function<std::string>(
+            "--code", [options](const std::string& text) { options->code = TurnCodeOf(text); },
+            "0 none, 1 right, 2 half, 3 left, 4 flip (upside down), 5 mirror-left (mirrored, then left)")
+        ->type_name("CODE")
+        ->default_str("none");
+    command.callback([options, &code] {
+        if (!options->block.empty() &&
+            (options->block[0] > options->block[2] || options->block[1] > options->block[3])) {
+            throw UsageError("--block: left must not exceed right, nor top bottom");
+        }
+        code = RunPictureCommand(options->files, options->output,
+                                 [&options](Picture page) { return Turn(std::move(page), *options); });
+    });
+}
+
+void AddPadCommand(CLI::App& app, ExitCode& code) {
+    CLI::App& command = *app.add_subcommand("pad", "Put a white margin around 1-bit pictures");
+    const auto options = std::make_shared<PadOptions>();
+    AddFileOptions(command, options->files);
+    AddPictureOptions(command, options->output);
+    AddModeOption(command, options->mode);
+    command.callback([options, &code] {
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
+            return Picture{Pad(Binarize(std::move(page.image), options->mode)), page.resolution};
+        });
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "commands/PictureCommand.h"
+
+#include <optional>
+#include <utility>
+
+#include "picture/PictureReader.h"
+
+namespace host {
+
+ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& output,
+                           const std::function<Picture(Picture)>& transform) {
+    if (output.place.empty()) throw UsageError("-o is required");
+    const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
+    CheckPictureName("-o", output.place, pattern);
+    const OutputNames names("-o", output.place, pattern);
+    const std::vector<Input> inputs = InputsOf(files);
+    OutputClaims claims(inputs);
+    names.Check(inputs, claims);
+    return RunJobs(inputs, files.jobs, [&](const Input& input, Outcome& outcome) {
+        PictureSink sink(names, output.extension, input, claims, files.skipsExisting);
+        if (files.skipsExisting && sink.IsAllDone()) {
+            outcome.isSkipped = true;
+            return;
+        }
+        const auto reader = OpenPicture(input.path);
+        while (std::optional<Picture> page = reader->Next()) {
+            outcome.isRead = true;
+            sink.Add(transform(std::move(*page)));
+        }
+        sink.Finish();
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "findings/Findings.h"
+#include "picture/Picture.h"
+
+namespace host {
+
+// The page that findings belong to.
+struct PageFacts {
+    std::string file;
+    std::size_t page = 1;
+    int width = 0;
+    int height = 0;
+    Resolution resolution;
+    std::string mode;        // of the binarization; empty for a page that was 1-bit
+    std::int64_t black = 0;  // pixels
+};
+
+// One JSON object on one line (docs/command.md has the schema).
+std::string ReportJson(const PageFacts& page, const Findings& findings);
+// A few words a page, or a line of text for every text line.
+std::string ReportText(const PageFacts& page, const Findings& findings);
+
+}  // namespace host

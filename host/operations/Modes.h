@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace host {
+
+struct Mode {
+    int number;  // as Binarized takes it
+    std::string_view name;
+    std::string_view suits;
+    bool hasBlocks;  // Binarized_Separate_Block takes it, too
+};
+
+inline constexpr std::array<Mode, 9> kModes = {{
+    {0, "local", "uneven light on one sheet: local mean and deviation around an Otsu threshold", true},
+    {1, "otsu", "even light, plenty of ink: one threshold that separates two classes best", true},
+    {2, "midrange", "strong shadows, low noise: mid-range of the neighbourhood (Bernsen)", true},
+    {3, "peaks", "even light, little ink: between the paper's and the ink's histogram peaks", true},
+    {4, "gradient", "outlines rather than filled strokes: strength of edges", true},
+    {5, "regions", "cards with pictures and coloured areas: a rule for every region around its edges", true},
+    {6, "isodata", "even light: one threshold midway between the mean of ink and of paper", true},
+    {8, "lines", "cards and pages of text: a rule for every text line, nothing else kept", true},
+    {9, "sharp", "faint or blurred print: sharpened, then the region rule over the whole picture", false},
+}};
+
+inline constexpr int kDefaultMode = 5;
+
+// By number or name.
+std::optional<Mode> FindMode(std::string_view text);
+
+}  // namespace host

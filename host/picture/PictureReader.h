@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "picture/Picture.h"
+
+namespace host {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// The decoders; each throws PictureError with a reason in plain words.
+Picture ReadPng(Bytes bytes);
+Picture ReadJpeg(Bytes bytes);
+Picture ReadBmp(Bytes bytes);
+
+// The pages of one picture file, which is known by its content, whatever its name says. Pages are 1, 8
+// or 24 bits: alpha lies on white, 16 bits a sample are reduced to 8, a stored orientation is applied.
+class PictureReader {
+  public:
+    virtual ~PictureReader() = default;
+    // Nothing after the last page.
+    virtual std::optional<Picture> Next() = 0;
+};
+
+std::unique_ptr<PictureReader> ReadTiffPages(std::vector<std::uint8_t> bytes);
+std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes);
+
+// path: a file, or "-" for standard input.
+std::unique_ptr<PictureReader> OpenPicture(const std::string& path);
+
+// The number of a field of a file, most or least significant byte first.
+std::uint32_t BigEndian(Bytes bytes, std::size_t at, std::size_t size);
+std::uint32_t LittleEndian(Bytes bytes, std::size_t at, std::size_t size);
+
+}  // namespace host

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "picture/Picture.h"
+
+namespace host {
+
+// kPnm is whichever of the three before it suits the picture.
+enum class Format { kPng, kJpeg, kTiff, kBmp, kPbm, kPgm, kPpm, kPnm };
+
+// By the extension of a name, upper or lower case; nothing for an unknown one.
+std::optional<Format> FormatOfName(std::string_view name);
+// The extensions that FormatOfName knows, for messages.
+inline constexpr char kFormatNames[] = "png, tif, tiff, bmp, pbm, pgm, ppm, pnm, jpg or jpeg";
+
+// A whole file. TIFF takes any number of pages (1 bit: CCITT G4; gray and colour: Deflate), the others
+// one. An unknown resolution is left out. Throws PictureError where the format cannot hold the pages.
+std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages);
+
+}  // namespace host

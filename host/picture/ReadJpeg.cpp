@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+
+#include <csetjmp>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "picture/Exif.h"
+#include "picture/JpegLibrary.h"
+#include "picture/Orientation.h"
+#include "picture/PictureReader.h"
+
+namespace host {
+namespace {
+
+constexpr char kExifMark[] = "Exif\0";  // six bytes with the closing zero
+constexpr std::size_t kExifMarkBytes = sizeof kExifMark;
+constexpr unsigned kMarkerBytesMax = 0xFFFF;
+
+struct ErrorManager {
+    jpeg_error_mgr base;
+    std::jmp_buf escape;
+    bool isDamaged;
+};
+
+ErrorManager& ManagerOf(j_common_ptr jpeg) {
+    return *reinterpret_cast<ErrorManager*>(jpeg->err);
+}
+
+void Escape(j_common_ptr jpeg) {
+    std::longjmp(ManagerOf(jpeg).escape, 1);
+}
+
+// Of the decoder's warnings those count that mean missing pixels.
+void NoteWarning(j_common_ptr jpeg, int level) {
+    if (level >= 0) return;
+    switch (jpeg->err->msg_code) {
+        case JWRN_JPEG_EOF:
+        case JWRN_HIT_MARKER:
+        case JWRN_HUFF_BAD_CODE:
+        case JWRN_MUST_RESYNC: ManagerOf(jpeg).isDamaged = true; break;
+        default: break;
+    }
+}
+
+class Decoder {
+  public:
+    explicit Decoder(Bytes bytes) {
+        jpeg.err = jpeg_std_error(&errors.base);
+        errors.base.error_exit = Escape;
+        errors.base.emit_message = NoteWarning;
+        errors.isDamaged = false;
+        jpeg_create_decompress(&jpeg);
+        jpeg_mem_src(&jpeg, bytes.data(), bytes.size());
+        jpeg_save_markers(&jpeg, JPEG_APP0 + 1, kMarkerBytesMax);
+    }
+    ~Decoder() { jpeg_destroy_decompress(&jpeg); }
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+
+    // The decoder leaves by longjmp: nothing between here and it may need a destructor.
+    bool Start() {
+        if (setjmp(errors.escape) != 0) return false;
+        jpeg_read_header(&jpeg, TRUE);
+        const bool hasFourInks = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
+        jpeg.out_color_space = hasFourInks                ? JCS_CMYK
+                               : jpeg.num_components == 1 ? JCS_GRAYSCALE
+                                                          : JCS_EXT_BGR;
+        return true;
+    }
+
+    bool ReadRows(const HostImage& image, JSAMPROW inks) {
+        if (setjmp(errors.escape) != 0) return false;
+        jpeg_start_decompress(&jpeg);
+        while (jpeg.output_scanline < jpeg.output_height) {
+            JSAMPROW row = image.TopRow(static_cast<int>(jpeg.output_scanline));
+            if (inks == nullptr) {
+                jpeg_read_scanlines(&jpeg, &row, 1);
+            } else {
+                jpeg_read_scanlines(&jpeg, &inks, 1);
+                ConvertInks(inks, row);
+            }
+        }
+        return !errors.isDamaged;
+    }
+
+    std::string Reason() {
+        if (errors.isDamaged) return "JPEG data is damaged or cut short";
+        char text[JMSG_LENGTH_MAX];
+        errors.base.format_message(reinterpret_cast<j_common_ptr>(&jpeg), text);
+        return std::string("JPEG: ") + text;
+    }
+
+    ExifFacts Exif() const {
+        for (const jpeg_marker_struct* marker = jpeg.marker_list; marker != nullptr; marker = marker->next) {
+            if (marker->data_length > kExifMarkBytes &&
+                std::memcmp(marker->data, kExifMark, kExifMarkBytes) == 0) {
+                return ParseExif({marker->data + kExifMarkBytes, marker->data_length - kExifMarkBytes});
+            }
+        }
+        return {};
+    }
+
+    Resolution JfifResolution() const {
+        const double unit = jpeg.density_unit == 1 ? 1 : jpeg.density_unit == 2 ? kCentimetresPerInch : 0;
+        return {jpeg.X_density * unit, jpeg.Y_density * unit};
+    }
+
+    const jpeg_decompress_struct& Info() const { return jpeg; }
+
+  private:
+    // Files of this kind hold the inks inverted when they carry Adobe's marker, as nearly all do.
+    void ConvertInks(const std::uint8_t* inks, std::uint8_t* row) const {
+        const int flip = jpeg.saw_Adobe_marker ? 0 : 255;
+        for (unsigned x = 0; x < jpeg.output_width; ++x, inks += 4, row += 3) {
+            const int light = inks[3] ^ flip;
+            for (int k = 0; k < 3; ++k)
+                row[k] = static_cast<std::uint8_t>((inks[2 - k] ^ flip) * light / 255);
+        }
+    }
+
+    jpeg_decompress_struct jpeg;
+    ErrorManager errors;
+};
+
+}  // namespace
+
+Picture ReadJpeg(Bytes bytes) {
+    Decoder decoder(bytes);
+    if (!decoder.Start()) FailReading(decoder.Reason());
+    const jpeg_decompress_struct& info = decoder.Info();
+    CheckSides(info.image_width, info.image_height);
+    const bool hasFourInks = info.out_color_space == JCS_CMYK;
+    Picture picture{HostImage(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
+                              info.num_components == 1 ? 8 : 24),
+                    decoder.JfifResolution()};
+    std::vector<std::uint8_t> inks(hasFourInks ? std::size_t{4} * info.image_width : 0);
+    if (!decoder.ReadRows(picture.image, hasFourInks ? inks.data() : nullptr)) FailReading(decoder.Reason());
+    const ExifFacts exif = decoder.Exif();
+    if (!picture.resolution.IsKnown()) picture.resolution = exif.resolution;
+    Orient(picture, exif.orientation);
+    return picture;
+}
+
+}  // namespace host

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <tiffio.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// A TIFF file in memory. libtiff's handle works on it; its first complaint is kept.
+class TiffMemory {
+  public:
+    // mode: "r" on the given bytes, "w" on an empty vector.
+    TiffMemory(std::vector<std::uint8_t> content, const char* mode);
+    ~TiffMemory();
+    TiffMemory(const TiffMemory&) = delete;
+    TiffMemory& operator=(const TiffMemory&) = delete;
+
+    TIFF* Handle() const { return handle; }
+    // Complaints so far do not count.
+    void ForgetErrors() { error.clear(); }
+    bool HasError() const { return !error.empty(); }
+    std::string Reason() const { return "TIFF: " + (error.empty() ? "the data is damaged" : error); }
+    // Closes the handle; the bytes of the file that was written.
+    std::vector<std::uint8_t> Finish();
+
+  private:
+    static tsize_t Read(thandle_t self, void* to, tsize_t count);
+    static tsize_t Write(thandle_t self, void* from, tsize_t count);
+    static toff_t Seek(thandle_t self, toff_t offset, int whence);
+    static int Close(thandle_t) { return 0; }
+    static toff_t Size(thandle_t self);
+    static int NoteError(TIFF*, void* self, const char* module, const char* format, va_list values);
+    static int IgnoreWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+
+    std::vector<std::uint8_t> bytes;
+    toff_t at = 0;
+    std::string error;
+    TIFF* handle = nullptr;
+};
+
+}  // namespace host

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+#include "regions/TextComponents.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+
+#include "regions/PageKernels.h"
+#include "regions/RegionPasses.h"
+
+namespace tavrix {
+namespace {
+
+constexpr int kMaxGroups = 64;
+constexpr int kGroupGap = 20;  // rows between neighbouring centres of a group, at most
+
+// Columns of one row that carry a label.
+struct LabelledSpan {
+    int x0, x1, label;
+};
+
+class RunLabeller {
+  public:
+    void AddRun(int x0, int x1, int y) {
+        while (above < previous.size() && previous[above].x1 < x0) ++above;
+        int label = kNone, start = x0;
+        for (std::size_t i = above; i < previous.size() && previous[i].x0 <= x1; ++i) {
+            const int other = Find(previous[i].label);
+            if (label == kNone) {
+                label = other;
+            } else if (other != label) {
+                Merge(other, label);
+                const int junction = std::max(previous[i].x0, x0);
+                AddSpan(start, junction - 1, label);
+                start = junction + 1;
+            }
+        }
+        if (label == kNone) {
+            label = static_cast<int>(parent.size());
+            parent.push_back(label);
+            result.components.push_back({0, 0, kNone, kNone});
+        }
+        AddSpan(start, x1, label);
+        Append(result.components[label], x0, x1, y);
+    }
+    void EndRow() {
+        previous.swap(current);
+        current.clear();
+        above = 0;
+    }
+    LabelledRuns Take() { return std::move(result); }
+
+  private:
+    static constexpr int kNone = -1;
+
+    int Find(int label) {
+        while (parent[label] != label) label = parent[label] = parent[parent[label]];
+        return label;
+    }
+    void Merge(int from, int into) {
+        parent[from] = into;
+        LabelledComponent& source = result.components[from];
+        LabelledComponent& target = result.components[into];
+        target.area += source.area;
+        target.runEnds += source.runEnds;
+        result.runs[target.lastRun].next = source.firstRun;
+        target.lastRun = source.lastRun;
+        source = {0, 0, kNone, kNone};
+    }
+    void AddSpan(int x0, int x1, int label) {
+        if (x0 <= x1) current.push_back({x0, x1, label});
+    }
+    void Append(LabelledComponent& component, int x0, int x1, int y) {
+        const int run = static_cast<int>(result.runs.size());
+        const auto narrow = [](int value) { return static_cast<std::int16_t>(value); };
+        result.runs.push_back({narrow(x0), narrow(x1), narrow(y), kNone});
+        (component.lastRun == kNone ? component.firstRun : result.runs[component.lastRun].next) = run;
+        component.lastRun = run;
+        component.area += x1 - x0 + 1;
+        component.runEnds += 2;
+    }
+
+    LabelledRuns result;
+    std::vector<int> parent;  // of labels that were merged; a component's own label is its index
+    std::vector<LabelledSpan> previous, current;
+    std::size_t above = 0;  // first span of the previous row that the next run can touch
+};
+
+// Calls found(x0, x1) for each run of ones of the bits 0..count-1, least significant first. Bits from
+// count on are 0, and a whole word of zeros follows.
+template <class Found>
+void ForEachRun(const std::uint64_t* words, int count, const Found& found) {
+    constexpr int kWordBits = 64;
+    int word = 0, base = 0;
+    std::uint64_t bits = words[0];
+    while (base < count) {
+        if (bits == 0) {
+            bits = words[++word];
+            base += kWordBits;
+            continue;
+        }
+        const int x0 = base + std::countr_zero(bits);
+        // Ones below the run's end turn into the run itself.
+        std::uint64_t gaps = ~(bits | (bits - 1));
+        while (gaps == 0) {
+            base += kWordBits;
+            gaps = ~words[++word];
+        }
+        const int end = std::countr_zero(gaps);
+        found(x0, base + end - 1);
+        bits = words[word] & (~std::uint64_t{0} << end);
+    }
+}
+
+// Running sums are of single precision, in the order of the runs.
+ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& component) {
+    float area = 0, sumX = 0, sumY = 0;
+    ComponentRecord record{};
+    record.left = record.top = kMaxSide;
+    for (int i = component.firstRun; i >= 0; i = labelled.runs[i].next) {
+        const RunSegment& run = labelled.runs[i];
+        const int x0 = kColumnStep * run.x0, x1 = kColumnStep * run.x1, length = x1 - x0 + 1;
+        area += static_cast<float>(length);
+        sumX += static_cast<float>(std::int64_t{x0 + x1} * length / 2);
+        sumY += static_cast<float>(std::int64_t{length} * run.y);
+        record.left = std::min(record.left, x0);
+        record.right = std::max(record.right, x1);
+        record.top = std::min<int>(record.top, run.y);
+        record.bottom = std::max<int>(record.bottom, run.y);
+    }
+    const auto centre = [&](float sum) { return static_cast<int>(static_cast<double>(sum / area) + 0.5); };
+    record.centreX = centre(sumX);
+    record.centreY = centre(sumY);
+    record.area = static_cast<int>(area);
+    return record;
+}
+
+// More than 1.1 times as many pixels up to 127 as above it in the component's box.
+bool IsMostlyDark(const PageShape& page, const std::uint8_t* gray, const ComponentRecord& box) {
+    constexpr int kFirstLight = 128;
+    std::int64_t light = 0;
+    for (int y = box.top; y <= box.bottom; ++y) {
+        light +=
+            TAVRIX_KERNEL(CountFrom)(gray + page.Offset(y) + box.left, box.right - box.left + 1, kFirstLight);
+    }
+    const std::int64_t all = std::int64_t{box.right - box.left + 1} * (box.bottom - box.top + 1);
+    return static_cast<double>(light) * 1.1 < static_cast<double>(all - light);
+}
+
+// Sorts records by centreY, splits them where neighbours are far apart, and sorts each group by centreX.
+// Beyond the last possible group everything belongs to it.
+void SortIntoGroups(std::vector<ComponentRecord>& records) {
+    std::stable_sort(records.begin(), records.end(),
+                     [](const auto& a, const auto& b) { return a.centreY < b.centreY; });
+    int group = 0;
+    for (std::size_t i = 1; i < records.size(); ++i) {
+        const bool isFar = records[i].centreY - records[i - 1].centreY > kGroupGap;
+        if (isFar && group + 1 < kMaxGroups) ++group;
+        records[i].group = group;
+    }
+    std::stable_sort(records.begin(), records.end(), [](const auto& a, const auto& b) {
+        return a.group != b.group ? a.group < b.group : a.centreX < b.centreX;
+    });
+}
+
+}  // namespace
+
+LabelledRuns LabelRuns(const PageShape& page, const std::uint8_t* mask) {
+    const int columns = page.rowBytes / kColumnStep;
+    std::vector<std::uint64_t> words(static_cast<std::size_t>(columns) / 64 + 2);
+    RunLabeller labeller;
+    for (int y = 0; y < page.height; ++y) {
+        TAVRIX_KERNEL(EvenZeroBits)(mask + page.Offset(y), columns, words.data());
+        ForEachRun(words.data(), columns, [&](int x0, int x1) { labeller.AddRun(x0, x1, y); });
+        labeller.EndRow();
+    }
+    return labeller.Take();
+}
+
+std::vector<ComponentRecord> FindTextComponents(const PageShape& page, const std::uint8_t* mask,
+                                                const std::uint8_t* gray, bool wideToo) {
+    constexpr int kMinRuns = 5, kMinArea = 33, kMinWideHeight = 10;
+    const LabelledRuns labelled = LabelRuns(page, mask);
+    std::vector<ComponentRecord> records;
+    for (const LabelledComponent& component : labelled.components) {
+        const int runs = component.runEnds / 2;
+        if (runs < kMinRuns) continue;
+        const ComponentRecord record = Measure(labelled, component);
+        const int w = record.right - record.left, h = record.bottom - record.top;
+        const bool wide = w >= page.rowBytes / 2;
+        const bool accepted = wide ? wideToo && runs > kMinRuns && record.area > kMinArea &&
+                                         h > kMinWideHeight && IsMostlyDark(page, gray, record)
+                                   : record.area >= kMinArea && h < 2 * page.height / 3;
+        if (accepted) records.push_back(record);
+    }
+    SortIntoGroups(records);
+    return records;
+}
+
+}  // namespace tavrix
