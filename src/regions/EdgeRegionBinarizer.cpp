@@ -7,7 +7,6 @@
 #include "regions/EdgeMeasures.h"
 #include "regions/RegionPasses.h"
 #include "regions/SideBorders.h"
-#include "regions/Trace.h"
 
 namespace tavrix {
 namespace {
@@ -106,30 +105,23 @@ void EdgeRegionBinarizer::ChooseBusyMask(std::uint8_t* preMask, std::uint8_t* ed
     if (pageClass == 5 || pageClass == 7) {
         EdgeMask(page, edges, threshold, preMask);
         if (CountStrokeEnds(page, preMask) <= kFewEnds) {
-            TAVRIX_TRACE_BRANCH("mask: busy, odd, edges");
             return;
         }
-        TAVRIX_TRACE_BRANCH("mask: busy, odd, too many edges");
     } else if (pageClass % 2 != 0) {
-        TAVRIX_TRACE_BRANCH("mask: busy, class 1 or 3");
     } else {
         if (shares.low < 0.1) {
-            TAVRIX_TRACE_BRANCH("mask: busy, even, few dark pixels");
             useAltRegionRule = false;
         }
         SmoothForEdges(preMask, edges);
         *smoothed = true;
         EdgeMask(page, edges, threshold, preMask);
         if (CountStrokeEnds(page, preMask) <= kFewEnds) {
-            TAVRIX_TRACE_BRANCH("mask: busy, even, smoothed edges");
             EdgeMask(page, edges, kStandardEdge, preMask);
             return;
         }
-        TAVRIX_TRACE_BRANCH("mask: busy, even, too many edges");
     }
     ThresholdGlobally(preMask, threshold);
     if (shares.high > kBrightPage) {
-        TAVRIX_TRACE_BRANCH("mask: busy, bright page");
         useAltRegionRule = false;
         sharpenAllowed = false;
     }
@@ -143,28 +135,21 @@ void EdgeRegionBinarizer::ChooseMediumMask(std::uint8_t* preMask, std::uint8_t* 
     const int pageClass = ClassifyHistogram(histogram, &shares);
     if (DarkMeanCheck(histogram, true) > 0) {
         if (pageClass == 1) {
-            TAVRIX_TRACE_BRANCH("mask: medium, dark text, class 1");
             sharpenAllowed = false;
             darkTextHint = true;
         } else {
-            TAVRIX_TRACE_BRANCH("mask: medium, dark text");
         }
     } else if (pageClass == 1) {
-        TAVRIX_TRACE_BRANCH("mask: medium, class 1");
         ThresholdGlobally(preMask, IsodataThreshold(histogram));
     } else if (pageClass != 0) {
-        TAVRIX_TRACE_BRANCH("mask: medium, other classes");
         *smoothed = true;
     } else if (strokeEndCount > kFullMediumPage) {
-        TAVRIX_TRACE_BRANCH("mask: medium, class 0, smoothed edges");
         SmoothForEdges(preMask, edges);
         *smoothed = true;
         EdgeMask(Page(), edges, kStandardEdge, preMask);
     } else if (shares.mid > kTonedPage) {
-        TAVRIX_TRACE_BRANCH("mask: medium, class 0, toned");
         ThresholdGlobally(preMask, IsodataThreshold(histogram) + kAboveIsodata);
     } else {
-        TAVRIX_TRACE_BRANCH("mask: medium, class 0, edges");
     }
 }
 
@@ -174,10 +159,8 @@ void EdgeRegionBinarizer::ChooseQuietMask(std::uint8_t* preMask) {
     const bool darkBand = pageClass == 1 && shares.low > 0.14 && shares.low < 0.15;
     const bool mixed = pageClass == 0 && shares.low > 0.1 && shares.mid > 0.1;
     if (darkBand || mixed) {
-        TAVRIX_TRACE_BRANCH(darkBand ? "mask: quiet, class 1" : "mask: quiet, class 0");
         ThresholdGlobally(preMask, IsodataThreshold(histogram));
     } else {
-        TAVRIX_TRACE_BRANCH("mask: quiet, edges");
     }
 }
 

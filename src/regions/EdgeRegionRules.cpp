@@ -5,7 +5,6 @@
 
 #include "regions/EdgeRegionBinarizer.h"
 #include "regions/RegionPasses.h"
-#include "regions/Trace.h"
 
 namespace tavrix {
 namespace {
@@ -83,7 +82,6 @@ int EdgeRegionBinarizer::BinarizeRegion(PageRect rect, std::uint8_t* scratch, st
     const double r = darkness.r, q = darkness.q;
 
     if (r <= 0.02) {
-        TAVRIX_TRACE_BRANCH("rule: class 0");
         return region.Threshold(src, result, region.Otsu(), kKeepBlack) == kMostlyDark ? kMostlyDark : kMark;
     }
 
@@ -91,31 +89,25 @@ int EdgeRegionBinarizer::BinarizeRegion(PageRect rect, std::uint8_t* scratch, st
     if (r <= 0.48 && q <= 0.6) {
         int code;
         if (darkTextHint && sharpenAllowed) {
-            TAVRIX_TRACE_BRANCH("rule: class 1, dark text, sharpened");
             region.SharpenAndCount(src, scratch, sharpening);
             code = region.Threshold(scratch, result, region.Isodata() - 30, kForce);
         } else if (darkTextHint) {
             const int ofText = region.DarkTextOtsu();
             int threshold = ofText >= 0 ? ofText : region.Otsu();
-            TAVRIX_TRACE_BRANCH(ofText >= 0 ? "rule: class 1, dark text" : "rule: class 1, no dark text");
             if (threshold < 50) {
-                TAVRIX_TRACE_BRANCH("rule: class 1, low threshold");
                 threshold += 20;
             }
             code = region.Threshold(src, result, threshold, kForce);
         } else if (sharpenAllowed) {
-            TAVRIX_TRACE_BRANCH("rule: class 1, sharpened");
             region.SharpenAndCount(src, scratch, sharpening);
             const int threshold = std::min(region.Isodata() + (r > 0.1 ? 30 : 40), kHighestThreshold);
             code = region.Threshold(scratch, result, threshold, kKeepBlack);
             if (smoothed && r >= 0.038) {
-                TAVRIX_TRACE_BRANCH("rule: class 1, second pass");
                 region.SmoothAndCount(src, scratch);
                 region.Threshold(scratch, scratch, region.Isodata() + 15, kForce);
                 region.Merge(result, scratch);
             }
         } else {
-            TAVRIX_TRACE_BRANCH("rule: class 1, plain");
             code = region.Threshold(src, result, Scaled(region.Isodata(), 0.8), kKeepBlack);
         }
         return code;
@@ -124,42 +116,34 @@ int EdgeRegionBinarizer::BinarizeRegion(PageRect rect, std::uint8_t* scratch, st
     const int code = region.Threshold(src, result, region.Isodata(), kKeepBlack);
     if (r > 0.48 && r <= 0.8 && q <= 0.8) {
         if (code == kMostlyDark) {
-            TAVRIX_TRACE_BRANCH("rule: class 2, mostly dark");
             return kMostlyDark;
         }
         if (r < 0.6) {
-            TAVRIX_TRACE_BRANCH("rule: class 2, sharpened");
             SharpenRegion(Page(), rect, src, result, 9.8f);
             region.Count(result);
             region.Threshold(result, result, std::min(region.Isodata() + 20, kHighestThreshold), kKeepBlack);
         }
         if (smoothed) {
-            TAVRIX_TRACE_BRANCH("rule: class 2, second pass");
             region.SmoothAndCount(src, scratch);
             region.Threshold(scratch, scratch, region.Isodata() + 10, kKeepBlack);
             region.Merge(result, scratch);
         } else if (darkTextHint) {
             region.Count(src);
             const int ofText = region.DarkTextOtsu();
-            TAVRIX_TRACE_BRANCH(ofText >= 0 ? "rule: class 2, dark text" : "rule: class 2, no dark text");
             region.Threshold(src, scratch, ofText >= 0 ? ofText : region.Otsu(), kKeepBlack);
             region.Merge(result, scratch);
         } else {
-            TAVRIX_TRACE_BRANCH("rule: class 2, one pass");
         }
         return 0;
     }
 
     if (code == kMostlyDark) {
-        TAVRIX_TRACE_BRANCH("rule: class 3, mostly dark");
         return kMostlyDark;
     }
     const int ofText = region.DarkTextOtsu();
     if (ofText >= 0) {
-        TAVRIX_TRACE_BRANCH("rule: class 3, dark text");
         return region.Threshold(src, result, ofText, kKeepBlack) + kWithEdges;
     }
-    TAVRIX_TRACE_BRANCH("rule: class 3");
     return region.Threshold(src, result, region.Isodata(), kKeepBlack);
 }
 
@@ -172,14 +156,12 @@ int EdgeRegionBinarizer::BinarizeRegionAlt(PageRect rect, std::uint8_t* result, 
     HistogramShares shares;
 
     if (r <= 0.02) {
-        TAVRIX_TRACE_BRANCH("alt: class 0");
         return region.Threshold(src, result, region.Otsu(), kKeepBlack) == kMostlyDark ? kMostlyDark : kMark;
     }
 
     if (r <= 0.48 && q <= 0.6 && q / r <= 2.0) {
         if (!smoothed) {
             const bool large = rect.x1 - rect.x0 + 1 > kWide && rect.y1 - rect.y0 + 1 > kHigh;
-            TAVRIX_TRACE_BRANCH(large ? "alt: class 1, large" : "alt: class 1");
             const int isodata = region.Isodata();
             region.Threshold(src, result, large ? Scaled(isodata, 0.7) : isodata - 20, kKeepBlack);
             return 0;
@@ -188,17 +170,12 @@ int EdgeRegionBinarizer::BinarizeRegionAlt(PageRect rect, std::uint8_t* result, 
         const int tones = ClassifyHistogram(region.Histogram(), &shares);
         int threshold;
         if (tones == 4) {
-            TAVRIX_TRACE_BRANCH(shares.high <= 0.2 ? "alt: class 1, tones 4, few bright"
-                                                   : "alt: class 1, tones 4");
             threshold = region.Otsu(shares.high <= 0.2 ? 170 : region.Isodata()) + 10;
         } else if (tones == 5) {
-            TAVRIX_TRACE_BRANCH("alt: class 1, tones 5");
             threshold = region.DarkMean();
         } else if (tones == 1 || tones == 3) {
-            TAVRIX_TRACE_BRANCH("alt: class 1, tones 1 or 3");
             threshold = Scaled(region.Isodata(), 0.85);
         } else {
-            TAVRIX_TRACE_BRANCH("alt: class 1, other tones");
             threshold = region.Otsu(region.Isodata());
         }
         region.Threshold(result, result, threshold, kForce);
@@ -207,15 +184,12 @@ int EdgeRegionBinarizer::BinarizeRegionAlt(PageRect rect, std::uint8_t* result, 
 
     if (r > 0.48 && r <= 0.8 && q <= 0.8) {
         if (region.Threshold(src, result, region.Isodata(), kKeepBlack) == kMostlyDark) {
-            TAVRIX_TRACE_BRANCH("alt: class 2, mostly dark");
             return kMostlyDark;
         }
         if (smoothed) {
-            TAVRIX_TRACE_BRANCH("alt: class 2, second pass");
             region.SmoothAndCount(src, result);
             region.Threshold(result, result, region.Isodata() + 10, kForce);
         } else {
-            TAVRIX_TRACE_BRANCH("alt: class 2");
         }
         return 0;
     }
@@ -223,14 +197,11 @@ int EdgeRegionBinarizer::BinarizeRegionAlt(PageRect rect, std::uint8_t* result, 
     const int tones = ClassifyHistogram(region.Histogram(), &shares);
     int threshold;
     if (tones == 4) {
-        TAVRIX_TRACE_BRANCH("alt: class 3, tones 4");
         threshold = region.Otsu(region.DarkMean());
     } else if (tones == 5) {
-        TAVRIX_TRACE_BRANCH("alt: class 3, tones 5");
         threshold = region.DarkMean();
     } else {
         const bool scaled = tones == 1 || tones == 3;
-        TAVRIX_TRACE_BRANCH(scaled ? "alt: class 3, tones 1 or 3" : "alt: class 3, other tones");
         threshold = scaled ? Scaled(region.Isodata(), 0.85) : region.Isodata();
     }
     return region.Threshold(src, result, threshold, kKeepBlack);
@@ -247,17 +218,14 @@ int EdgeRegionBinarizer::BinarizeRegionSharp(PageRect rect, std::uint8_t* scratc
     if (s > 0.8) {
         const int ofText = region.DarkTextOtsu();
         if (ofText >= 0) {
-            TAVRIX_TRACE_BRANCH("sharp: class 2, dark text");
             return region.Threshold(src, result, ofText, kKeepBlack) + kWithEdges;
         }
-        TAVRIX_TRACE_BRANCH("sharp: class 2");
         return region.Threshold(src, result, region.Isodata(), kKeepBlack);
     }
 
     region.SmoothAndCount(src, scratch);
     const int code = region.Threshold(scratch, result, region.Isodata(), kForce);
     if (code == kMostlyDark) {
-        TAVRIX_TRACE_BRANCH("sharp: mostly dark");
         region.Threshold(scratch, result, region.Isodata() + 10, kForce);
         edgeCutOverride = 250;
         return kDarkWithEdges;
@@ -266,17 +234,12 @@ int EdgeRegionBinarizer::BinarizeRegionSharp(PageRect rect, std::uint8_t* scratc
 
     if (s <= 0.15) {
         if (shares.high >= 0.8) {
-            TAVRIX_TRACE_BRANCH("sharp: class 0, bright");
             return code;
         }
         const int ends = CountStrokeEndsOf(src);
         if (ends <= kClassZeroEnds) {
-            TAVRIX_TRACE_BRANCH("sharp: class 0, few ends");
             return code;
         }
-        TAVRIX_TRACE_BRANCH(ends > kManyEnds   ? "sharp: class 0, many ends"
-                            : ends > kSomeEnds ? "sharp: class 0, some ends"
-                                               : "sharp: class 0, fewer ends");
         const float sharpening = ends > kManyEnds ? 9.9f : ends > kSomeEnds ? 9.8f : 9.6f;
         region.SharpenAndCount(scratch, result, sharpening);
         region.Threshold(result, result, region.Isodata() + (s < 0.06 ? 40 : 0), kForce);
@@ -284,16 +247,13 @@ int EdgeRegionBinarizer::BinarizeRegionSharp(PageRect rect, std::uint8_t* scratc
     }
 
     if (shares.high >= 0.6) {
-        TAVRIX_TRACE_BRANCH("sharp: class 1, bright");
         return code;
     }
     const int ends = CountStrokeEndsOf(src);
     if (ends < kClassOneEnds || ends > kManyEnds) {
-        TAVRIX_TRACE_BRANCH(ends < kClassOneEnds ? "sharp: class 1, few ends" : "sharp: class 1, many ends");
         region.SharpenAndCount(scratch, result, ends < kClassOneEnds ? 10.1f : 9.8f);
         return region.Threshold(result, result, region.Isodata(), kForce);
     }
-    TAVRIX_TRACE_BRANCH("sharp: class 1, some ends");
     return region.Threshold(scratch, result, std::min(region.Isodata(), kHighestThreshold), kForce);
 }
 
