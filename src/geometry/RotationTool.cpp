@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "geometry/InterpolationKernels.h"
+#include "geometry/SineCosine.h"
 #include "geometry/TurnKernels.h"
 #include "image/DibImage.h"
 #include "platform/OutputFile.h"
@@ -125,7 +126,7 @@ std::optional<Turn> PlanTurn(double angle, std::int32_t clockwise, int width, in
     const bool beyondQuarter = angle > kQuarterTurn;
     if (beyondQuarter) angle = std::fmod(angle, kFullTurn);
     const double radians = angle * kHalfTurnShare * kPi;
-    double sine = std::sin(radians), cosine = std::cos(radians);
+    auto [sine, cosine] = SineCosineOf(radians);
     if (singlePrecision) {
         sine = RoundedToFloat(sine);
         cosine = RoundedToFloat(cosine);
