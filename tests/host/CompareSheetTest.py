@@ -76,8 +76,7 @@ class CompareSheetTest(CommandTest):
                 self.assertRegex(time, r"^\d+\.\d ms$")
 
     def test_pages_and_refusals(self):
-        rows = [[(x * y) % 256 for x in range(40)] for y in range(30)]
-        self.write("two.pgm", pgm(rows) * 2)
+        self.write("two.pgm", noise() * 2)
         self.succeed("compare", "two.pgm", "-o", "sheets/")
         self.assertEqual(len(self.show(self.read("sheets/two.html"))), 1 + 2 * (1 + len(MODES)))
         self.write("bits.pbm", pbm([[1, 0]]))

@@ -9,21 +9,19 @@ import unittest
 
 from support import *
 
-GRAY = pgm([[(x * y) % 256 for x in range(40)] for y in range(30)])
+GRAY = noise()
 JPEG = (SAMPLES / "card-colour.jpg").read_bytes()
 PNG = (SAMPLES / "card-gray.png").read_bytes()
-SMALL_PNG = png(4, 4, 8, 0, [bytes(4)] * 4)
+SMALL = Image.new("L", (8, 8))
+SMALL_PNG = encoded(SMALL, "PNG")
 SIDE = 40000
 
 
 class InputTest(CommandTest):
     def test_unreadable_inputs(self):
-        tags = tiff_tags(8, 8, 8, 1)
-        good_tiff = tiff([(tags, [bytes(8)] * 8)])
-        strip = bytearray(good_tiff)
-        lying = tiff([({**tags, 257: (4, 900)}, [bytes(8)] * 8)])
-        second = tiff([(tags, [bytes(8)] * 8), ({**tags, 257: (4, 900)}, [bytes(8)] * 8)])
-        rows = bmp(4, 4, 24, [bytes(12)] * 4)
+        good_tiff = encoded(SMALL, "TIFF")
+        two_pages = encoded(SMALL, "TIFF", save_all=True, append_images=[SMALL])
+        small_bmp = encoded(Image.new("RGB", (4, 4)), "BMP")
         cases = {
             "empty.png": (b"", "is empty"),
             "text.png": (b"no picture at all", "is not a PNG"),
@@ -33,21 +31,21 @@ class InputTest(CommandTest):
             "truncated.jpg": (JPEG[:len(JPEG) // 2], "damaged or cut short"),
             "head.jpg": (JPEG[:30], "JPEG"),
             "damaged.jpg": (JPEG[:60000] + b"\xff\xd9" + JPEG[60002:], "damaged or cut short"),
-            "truncated.tif": (good_tiff[:20], "TIFF"),
+            "truncated.tif": (good_tiff[:60], "TIFF"),
             "head.tif": (good_tiff[:6], "TIFF"),
-            "lying.tif": (lying, "TIFF"),
-            "second-page.tif": (second, "TIFF"),
-            "truncated.bmp": (rows[:-5], "BMP: the file is cut short"),
-            "head.bmp": (rows[:20], "BMP: the file is cut short"),
+            "lying.tif": (retag(good_tiff, 257, 900), "TIFF"),
+            "second-page.tif": (retag(two_pages, 257, 900, page=1), "TIFF"),
+            "truncated.bmp": (small_bmp[:-5], "BMP: the file is cut short"),
+            "head.bmp": (small_bmp[:20], "BMP: the file is cut short"),
             "jpeg-in.bmp": (bmp(4, 4, 24, [bytes(12)] * 4, compression=4), "BMP: .*not supported"),
-            "run.bmp": (bmp(300, 300, 8, [], [(0, 0, 0)], 1, data=b"\xff\1\0"), "BMP: the file is cut short"),
+            "run.bmp": (bmp(300, 300, 8, b"\xff\1\0", [(0, 0, 0)], 1), "BMP: the file is cut short"),
             "truncated.pgm": (GRAY[:-1], "PNM: the file is cut short"),
             "head.pgm": (b"P5 4", "PNM: the file is cut short"),
             "lying.pgm": (b"P5 32000 32000 255\n" + bytes(99), "PNM: the file is cut short"),
             "words.ppm": (b"P6 four 4 255\n", "PNM: the file is damaged"),
             "large.png": (png(SIDE, 1, 1, 0, [bytes(SIDE // 8)]), "40000 x 1 pixels: sides must be"),
-            "large.bmp": (bmp(1, SIDE, 1, [], [(0,) * 3, (1,) * 3], data=bytes(4 * SIDE)), "1 x 40000 pixels"),
-            "large.tif": (tiff([(tiff_tags(SIDE, 1, 1, 1), [bytes(SIDE // 8)])]), "40000 x 1 pixels"),
+            "large.bmp": (bmp(1, SIDE, 1, [bytes(4 * SIDE)], [(0,) * 3, (1,) * 3]), "1 x 40000 pixels"),
+            "large.tif": (retag(good_tiff, 256, SIDE), "40000 x 8 pixels"),
             "large.pbm": (b"P4 1 40000\n" + bytes(SIDE), "1 x 40000 pixels"),
             "large.jpg": (JPEG.replace(struct.pack(">HHB", 760, 1150, 3), struct.pack(">HHB", SIDE, 1150, 3)),
                           "1150 x 40000 pixels"),
