@@ -25,8 +25,8 @@ void GrayQuarterTurn(benchmark::State& state) {
     turned.Create(height, width, 8);
     const std::ptrdiff_t stride = turned.RowBytes();
     for (auto _ : state) {
-        TAVRIX_KERNEL(TransposeBytes)
-        (page->bits, page->RowBytes(), width, height, turned.Row(width - 1), -stride);
+        platform::KernelsOf<TurnKernels>().transposeBytes(page->bits, page->RowBytes(), width, height,
+                                                          turned.Row(width - 1), -stride);
         benchmark::ClobberMemory();
     }
     CountPixels(state);
@@ -52,11 +52,12 @@ BENCHMARK(TurnOneBit<4>)->Name("FlipOneBit")->Apply(PageSizes);
 
 void MirrorOneBit(benchmark::State& state) {
     const auto page = BlackWhitePage(WidthOf(state), HeightOf(state));
+    const auto reverseBits = platform::KernelsOf<TurnKernels>().reverseBits;
     for (auto _ : state) {
         DibImage mirrored;
         mirrored.Create(page->Width(), page->Height(), 1);
         for (int y = 0; y < page->Height(); ++y) {
-            TAVRIX_KERNEL(ReverseBits)(page->Row(y), 0, page->Width(), mirrored.Row(y));
+            reverseBits(page->Row(y), 0, page->Width(), mirrored.Row(y));
         }
         benchmark::DoNotOptimize(mirrored.bits);
     }

@@ -31,10 +31,10 @@ void Spread(benchmark::State& state) {
     CountPixels(state);
 }
 void Dilate15(const BitRows& rows, int radius, std::uint64_t* scratch) {
-    TAVRIX_KERNEL(SpreadBlack)(rows, radius, scratch);
+    platform::KernelsOf<MorphologyKernels>().spreadBlack(rows, radius, scratch);
 }
 void Erode15(const BitRows& rows, int radius, std::uint64_t* scratch) {
-    TAVRIX_KERNEL(SpreadWhite)(rows, radius, scratch);
+    platform::KernelsOf<MorphologyKernels>().spreadWhite(rows, radius, scratch);
 }
 BENCHMARK(Spread<Dilate15>)->Name("Dilate15")->Apply(PageSizes);
 BENCHMARK(Spread<Erode15>)->Name("Erode15")->Apply(PageSizes);

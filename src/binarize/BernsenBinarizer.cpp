@@ -33,6 +33,7 @@ class ExtremesRing {
 bool BernsenBinarizer::Binarize() {
     ApplyMarkerPalette();
     if (width <= 0 || height <= 0) return true;
+    const auto& kernels = platform::KernelsOf<BernsenKernels>();
     const auto pixels = static_cast<std::size_t>(width);
     const std::size_t columns = (pixels + kStep - 1) / kStep * kStep;
     std::vector<std::uint8_t> padded(columns + kStep + 3), unused(pixels);
@@ -46,13 +47,13 @@ bool BernsenBinarizer::Binarize() {
             std::memset(padded.data(), row[0], kReach);
             std::memcpy(padded.data() + kReach, row, pixels);
             std::memset(padded.data() + kReach + pixels, row[width - 1], kReach);
-            TAVRIX_KERNEL(ExtremesOf4)(padded.data(), static_cast<int>(columns + kStep), columns4.Row(0));
+            kernels.extremesOf4(padded.data(), static_cast<int>(columns + kStep), columns4.Row(0));
         }
         const int turn = y + kReach;
         const BernsenWindow window{columns4.Row(0), rows1.Row(turn), rows2.Row(turn), rows4.Row(turn),
                                    rows8.Row(turn)};
         const int centre = y - kReach;
-        TAVRIX_KERNEL(MidRangeRow)(window, width, centre < 0 ? unused.data() : image->Row(centre));
+        kernels.midRangeRow(window, width, centre < 0 ? unused.data() : image->Row(centre));
     }
     return true;
 }

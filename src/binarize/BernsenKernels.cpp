@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace tavrix {
 namespace {
 
 using Byte = std::uint8_t;
@@ -53,8 +53,6 @@ inline void MidRange(const BernsenWindow& window, int start, int count, Byte* ro
     }
 }
 
-}  // namespace
-
 void ExtremesOf4(const Byte* padded, int count, Extremes extremes) {
     Byte* const low = extremes.low;
     Byte* const high = extremes.high;
@@ -76,4 +74,9 @@ void MidRangeRow(const BernsenWindow& window, int width, Byte* row) {
     std::memcpy(row + whole, last, static_cast<std::size_t>(rest));
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const BernsenKernels BernsenKernels::TAVRIX_KERNEL_LEVEL{.extremesOf4 = ExtremesOf4,
+                                                         .midRangeRow = MidRangeRow};
+
+}  // namespace tavrix

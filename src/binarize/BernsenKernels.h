@@ -24,18 +24,14 @@ struct BernsenWindow {
     Extremes rows1, rows2, rows4, rows8;
 };
 
+struct BernsenKernels {
+    // extremes.low[x] and .high[x] of padded[x .. x + 3], for `count` columns; padded holds three more. No
+    // two rows overlap.
+    void (*extremesOf4)(const std::uint8_t* padded, int count, Extremes extremes);
+    // Takes columns4 into the window and binarizes, in place, the row of `width` pixels in its centre.
+    void (*midRangeRow)(const BernsenWindow& window, int width, std::uint8_t* row);
+
+    static const BernsenKernels baseline, avx2;
+};
+
 }  // namespace tavrix
-
-#define TAVRIX_BERNSEN_KERNELS                                                           \
-    /* extremes.low[x] and .high[x] of padded[x .. x + 3]. */                            \
-    void ExtremesOf4(const std::uint8_t* padded, int count, Extremes extremes);          \
-    /* Takes columns4 into the window and binarizes, in place, the row in its centre. */ \
-    void MidRangeRow(const BernsenWindow& window, int width, std::uint8_t* row);
-
-namespace tavrix::baseline {
-TAVRIX_BERNSEN_KERNELS
-}
-namespace tavrix::avx2 {
-TAVRIX_BERNSEN_KERNELS
-}
-#undef TAVRIX_BERNSEN_KERNELS

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "binarize/Histogram.h"
-#include "regions/PageKernels.h"
+#include "binarize/MaskKernels.h"
 
 namespace tavrix {
 namespace {
@@ -133,9 +133,10 @@ void Binarizer::ApplyMarkerPalette() {
 
 void Binarizer::BlackenBelow(std::int32_t threshold) {
     const int lastBlack = std::clamp(threshold, 0, kGrayLevels) - 1;
+    const auto maskAbove = platform::KernelsOf<MaskKernels>().maskAbove;
     for (int y = 0; y < height; ++y) {
         std::uint8_t* row = image->Row(y);
-        TAVRIX_KERNEL(MaskAbove)(row, width, lastBlack, row);
+        maskAbove(row, width, lastBlack, row);
     }
 }
 

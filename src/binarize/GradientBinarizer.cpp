@@ -28,6 +28,7 @@ class PaddedRing {
 
 bool GradientBinarizer::Binarize() {
     ApplyMarkerPalette();
+    const auto& kernels = platform::KernelsOf<GradientKernels>();
     const auto columns = static_cast<std::size_t>(width);
     PaddedRing values(4, width), gradients(3, width);
     const auto load = [&](int y) {
@@ -42,17 +43,16 @@ bool GradientBinarizer::Binarize() {
     for (int y = -1; y < height; ++y) {
         load(y + 2);
         if (y + 1 < height) {
-            TAVRIX_KERNEL(GradientRow)
-            (values.Row(y), values.Row(y + 1), values.Row(y + 2), width, gradients.Row(y + 1));
+            kernels.gradientRow(values.Row(y), values.Row(y + 1), values.Row(y + 2), width,
+                                gradients.Row(y + 1));
         } else {
             std::memset(gradients.Row(y + 1), 0, columns);
         }
         if (y == 0) {
             std::memset(image->Row(0), 0, columns);
         } else if (y > 0) {
-            TAVRIX_KERNEL(EdgeLevelRow)
-            (values.Row(y), values.Row(y - 1), gradients.Row(y - 1), gradients.Row(y), gradients.Row(y + 1),
-             width, image->Row(y));
+            kernels.edgeLevelRow(values.Row(y), values.Row(y - 1), gradients.Row(y - 1), gradients.Row(y),
+                                 gradients.Row(y + 1), width, image->Row(y));
         }
     }
     return true;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "binarize/GradientKernels.h"
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace tavrix {
 namespace {
 
 using Byte = std::uint8_t;
@@ -16,8 +16,6 @@ constexpr int kBlock = 1024;
 inline Word Magnitude(short component) {
     return static_cast<Word>(component < 0 ? -component : component);
 }
-
-}  // namespace
 
 void GradientRow(const Byte* above, const Byte* values, const Byte* below, int width,
                  Byte* __restrict gradient) {
@@ -50,4 +48,9 @@ void EdgeLevelRow(const Byte* values, const Byte* previous, const Byte* gradient
     }
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const GradientKernels GradientKernels::TAVRIX_KERNEL_LEVEL{.gradientRow = GradientRow,
+                                                           .edgeLevelRow = EdgeLevelRow};
+
+}  // namespace tavrix

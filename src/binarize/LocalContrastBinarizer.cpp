@@ -23,6 +23,7 @@ bool LocalContrastBinarizer::Binarize() {
 
 void LocalContrastBinarizer::CompareWithWindows(std::int32_t globalThreshold) {
     if (width <= 0) return;
+    const auto& kernels = platform::KernelsOf<LocalContrastKernels>();
     // Rows are overwritten while the window still needs them: it keeps copies of its five.
     const auto columns = static_cast<std::size_t>(width);
     std::vector<std::uint8_t> window(kSide * columns, kOutside);
@@ -30,12 +31,12 @@ void LocalContrastBinarizer::CompareWithWindows(std::int32_t globalThreshold) {
     std::vector<std::uint16_t> sums(columns + 2 * kReach, kSide * kOutside);
     std::vector<std::int32_t> squares(columns + 2 * kReach, kSide * kOutside * kOutside);
     for (int entering = 0; entering < height + kReach; ++entering) {
-        TAVRIX_KERNEL(SlideWindow)
-        (entering < height ? image->Row(entering) : below.data(), window.data() + entering % kSide * columns,
-         width, sums.data() + kReach, squares.data() + kReach);
+        kernels.slideWindow(entering < height ? image->Row(entering) : below.data(),
+                            window.data() + entering % kSide * columns, width, sums.data() + kReach,
+                            squares.data() + kReach);
         const int y = entering - kReach;
-        if (y >= 0)
-            TAVRIX_KERNEL(ContrastRow)(image->Row(y), width, sums.data(), squares.data(), globalThreshold);
+        if (y < 0) continue;
+        kernels.contrastRow(image->Row(y), width, sums.data(), squares.data(), globalThreshold);
     }
 }
 

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace tavrix {
 namespace {
 
 constexpr int kRun = 64;  // pixels whose positions are computed at a time
@@ -40,8 +40,6 @@ int Blend(double x, double y, std::uint32_t p00, std::uint32_t p10, std::uint32_
     return static_cast<int>(x * (y * value(p11) + (1 - y) * value(p10)) +
                             (1 - x) * ((1 - y) * value(p00) + y * value(p01)));
 }
-
-}  // namespace
 
 void InterpolateGray(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes, int first,
                      int last, std::uint8_t* target) {
@@ -90,4 +88,9 @@ void InterpolateColor(const TurnedRow& row, const std::uint8_t* source, std::uin
     }
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const InterpolationKernels InterpolationKernels::TAVRIX_KERNEL_LEVEL{.gray = InterpolateGray,
+                                                                     .color = InterpolateColor};
+
+}  // namespace tavrix

@@ -22,20 +22,15 @@ struct TurnedRow {
     [[gnu::always_inline]] double SourceY(int x) const { return b - (x - centre) * sine + halfHeight; }
 };
 
-}  // namespace tavrix
-
 // Bilinear interpolation of the columns first .. last - 1 of a turned row, in double, truncated. No bounds
 // are tested: pixels lie in the source, at least two rows below its end.
-#define TAVRIX_INTERPOLATION_KERNELS                                                                \
-    void InterpolateGray(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes,  \
-                         int first, int last, std::uint8_t* target);                                \
-    void InterpolateColor(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes, \
-                          int first, int last, std::uint8_t* target);
+struct InterpolationKernels {
+    using Interpolate = void(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes,
+                             int first, int last, std::uint8_t* target);
+    Interpolate* gray;   // 8 bits a pixel
+    Interpolate* color;  // 24
 
-namespace tavrix::baseline {
-TAVRIX_INTERPOLATION_KERNELS
-}
-namespace tavrix::avx2 {
-TAVRIX_INTERPOLATION_KERNELS
-}
-#undef TAVRIX_INTERPOLATION_KERNELS
+    static const InterpolationKernels baseline, avx2;
+};
+
+}  // namespace tavrix

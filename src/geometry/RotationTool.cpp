@@ -54,8 +54,8 @@ enum class Order { kAsStored, kReversed };
 // Result rows are the block's, in the given orders. The result has its size.
 void PlaceRows(const BitBlock& block, Order rowOrder, Order columnOrder, DibImage& result) {
     if (block.width == 0) return;
-    const auto placeRow =
-        columnOrder == Order::kAsStored ? TAVRIX_KERNEL(CopyBits) : TAVRIX_KERNEL(ReverseBits);
+    const auto& kernels = platform::KernelsOf<TurnKernels>();
+    const auto placeRow = columnOrder == Order::kAsStored ? kernels.copyBits : kernels.reverseBits;
     for (int y = 0; y < block.height; ++y) {
         const int row = rowOrder == Order::kAsStored ? y : block.height - 1 - y;
         placeRow(block.rows + block.stride * y, block.first, block.width, result.Row(row));
@@ -77,7 +77,8 @@ void PlaceColumns(const BitBlock& block, Order rowOrder, Order columnOrder, DibI
         resultRows += resultStride * (block.width - 1);
         resultStride = -resultStride;
     }
-    TAVRIX_KERNEL(TransposeBits)(rows, stride, block.width, block.height, resultRows, resultStride);
+    platform::KernelsOf<TurnKernels>().transposeBits(rows, stride, block.width, block.height, resultRows,
+                                                     resultStride);
 }
 
 // A new image with the columns of a block as rows. Null when memory runs out.
@@ -198,8 +199,8 @@ void DrawTurned(const Turn& turn, const DibImage& source, DibImage& result) {
         for (int y = 0; y < source.Height(); ++y) std::memcpy(result.Row(y), source.Row(y), bytes);
         return;
     }
-    const auto interpolate =
-        pixelBytes == 1 ? TAVRIX_KERNEL(InterpolateGray) : TAVRIX_KERNEL(InterpolateColor);
+    const auto& kernels = platform::KernelsOf<InterpolationKernels>();
+    const auto interpolate = pixelBytes == 1 ? kernels.gray : kernels.color;
     const int halfWidth = turn.width / 2, halfHeight = turn.height / 2;
     for (int y = 0; y < turn.height; ++y) {
         const int dy = y - halfHeight;
@@ -368,8 +369,8 @@ DibImage* RotationTool::RotateGrayQuarter(DibImage* imageToTurn) {
     if (!result) return nullptr;
     const std::ptrdiff_t stride = result->RowBytes();
     if (width > 0) {
-        TAVRIX_KERNEL(TransposeBytes)
-        (source->bits, source->RowBytes(), width, height, result->Row(width - 1), -stride);
+        platform::KernelsOf<TurnKernels>().transposeBytes(source->bits, source->RowBytes(), width, height,
+                                                          result->Row(width - 1), -stride);
     }
     result->WriteBmp(platform::kDebugDumpPath);
     return result.release();

@@ -1,68 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "geometry/TurnKernels.h"
 
-#include <immintrin.h>
-
 #include <cstring>
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+#include "platform/Vectors.h"
+
+namespace tavrix {
 namespace {
 
 constexpr int kStrip = 16;  // bytes of a row that one transposition takes
 
 // One vector holds strips of one row, or of two rows 16 apart; after a transposition, a byte of each row.
 #ifdef __AVX2__
-using Vector = __m256i;
 using RowBits = std::uint32_t;
-Vector Load(const std::uint8_t* row, const std::uint8_t* sixteenAfter) {
-    return _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(row))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(sixteenAfter)), 1);
-}
-Vector Low(Vector a, Vector b) {
-    return _mm256_unpacklo_epi8(a, b);
-}
-Vector High(Vector a, Vector b) {
-    return _mm256_unpackhi_epi8(a, b);
-}
-Vector Double(Vector a) {
-    return _mm256_add_epi8(a, a);
-}
-RowBits TopBits(Vector a) {
-    return static_cast<RowBits>(_mm256_movemask_epi8(a));
-}
-void Store(std::uint8_t* to, Vector a) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), a);
-}
 #else
-using Vector = __m128i;
 using RowBits = std::uint16_t;
-Vector Load(const std::uint8_t* row, const std::uint8_t*) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row));
-}
-Vector Low(Vector a, Vector b) {
-    return _mm_unpacklo_epi8(a, b);
-}
-Vector High(Vector a, Vector b) {
-    return _mm_unpackhi_epi8(a, b);
-}
-Vector Double(Vector a) {
-    return _mm_add_epi8(a, a);
-}
-RowBits TopBits(Vector a) {
-    return static_cast<RowBits>(_mm_movemask_epi8(a));
-}
-void Store(std::uint8_t* to, Vector a) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), a);
-}
 #endif
+inline Vector LoadStrips(const Byte* row, [[maybe_unused]] const Byte* sixteenAfter) {
+#ifdef __AVX2__
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(row)), Load16(sixteenAfter), 1);
+#else
+    return Load16(row);
+#endif
+}
 constexpr int kRows = 8 * sizeof(RowBits);
 
 [[gnu::always_inline]] inline void Interleave(const Vector from[kStrip], Vector to[kStrip]) {
 #pragma GCC unroll 8
     for (int i = 0; i < kStrip / 2; ++i) {
-        to[2 * i] = Low(from[i], from[i + kStrip / 2]);
-        to[2 * i + 1] = High(from[i], from[i + kStrip / 2]);
+        to[2 * i] = TAVRIX_VECTOR(unpacklo_epi8)(from[i], from[i + kStrip / 2]);
+        to[2 * i + 1] = TAVRIX_VECTOR(unpackhi_epi8)(from[i], from[i + kStrip / 2]);
     }
 }
 
@@ -77,12 +44,12 @@ constexpr int kRows = 8 * sizeof(RowBits);
 }
 
 // kStrip columns of kRows rows.
-void TransposeTile(const std::uint8_t* source, std::ptrdiff_t sourceStride, std::uint8_t* target,
+void TransposeTile(const Byte* source, std::ptrdiff_t sourceStride, Byte* target,
                    std::ptrdiff_t targetStride) {
     Vector v[kStrip];
 #pragma GCC unroll 16
     for (int i = 0; i < kStrip; ++i) {
-        v[i] = Load(source + sourceStride * i, source + sourceStride * ((i + 16) % kRows));
+        v[i] = LoadStrips(source + sourceStride * i, source + sourceStride * ((i + 16) % kRows));
     }
     TransposeSquares(v);
 #pragma GCC unroll 16
@@ -99,32 +66,29 @@ std::uint64_t Reversed(std::uint64_t bits) {
     return __builtin_bswap64(bits);
 }
 
-}  // namespace
-
-void CopyBits(const std::uint8_t* source, int first, int count, std::uint8_t* target) {
-    const std::uint8_t* from = source + first / 8;
+void CopyBits(const Byte* source, int first, int count, Byte* target) {
+    const Byte* from = source + first / 8;
     const int shift = first % 8;
     const int last = (count - 1) / 8;  // index of the last target byte
     if (shift == 0) {
         std::memcpy(target, from, static_cast<std::size_t>(last) + 1);
     } else {
         for (int i = 0; i < last; ++i) {
-            target[i] = static_cast<std::uint8_t>((from[i] << 8 | from[i + 1]) >> (8 - shift));
+            target[i] = static_cast<Byte>((from[i] << 8 | from[i + 1]) >> (8 - shift));
         }
         const bool hasNext = shift + count > 8 * (last + 1);
-        target[last] =
-            static_cast<std::uint8_t>((from[last] << 8 | (hasNext ? from[last + 1] : 0)) >> (8 - shift));
+        target[last] = static_cast<Byte>((from[last] << 8 | (hasNext ? from[last + 1] : 0)) >> (8 - shift));
     }
-    if (count % 8 != 0) target[last] = static_cast<std::uint8_t>(target[last] & 0xFF00 >> count % 8);
+    if (count % 8 != 0) target[last] = static_cast<Byte>(target[last] & 0xFF00 >> count % 8);
 }
 
-void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t* target) {
+void ReverseBits(const Byte* source, int first, int count, Byte* target) {
     // Words of the source from its end; where they start inside a byte, each byte is put together from two.
     const int end = first + count, shift = end % 8, whole = count / 64;
     const std::uint64_t high = kEveryByte * (0xFFu << shift & 0xFFu),
                         low = kEveryByte * (0xFFu >> (8 - shift));
-    const std::uint8_t* from = source + end / 8;
-    const std::uint8_t* next = shift != 0 ? from + 1 : from;
+    const Byte* from = source + end / 8;
+    const Byte* next = shift != 0 ? from + 1 : from;
     for (int i = 0; i < whole; ++i) {
         std::uint64_t word, following;
         std::memcpy(&word, from - 8 * (i + 1), sizeof word);
@@ -133,7 +97,7 @@ void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t*
         std::memcpy(target + 8 * i, &word, sizeof word);
     }
     if (const int rest = count % 64; rest != 0) {
-        std::uint8_t bytes[8] = {};
+        Byte bytes[8] = {};
         CopyBits(source, first, rest, bytes);
         std::uint64_t word;
         std::memcpy(&word, bytes, sizeof word);
@@ -142,17 +106,17 @@ void ReverseBits(const std::uint8_t* source, int first, int count, std::uint8_t*
     }
 }
 
-void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
-                   std::uint8_t* target, std::ptrdiff_t targetStride) {
-    static constexpr std::uint8_t kBlank[kStrip] = {};
-    std::uint8_t padded[kRows][kStrip] = {};
+void TransposeBits(const Byte* source, std::ptrdiff_t sourceStride, int width, int height, Byte* target,
+                   std::ptrdiff_t targetStride) {
+    static constexpr Byte kBlank[kStrip] = {};
+    Byte padded[kRows][kStrip] = {};
     for (int y0 = 0; y0 < height; y0 += kRows) {
         for (int x0 = 0; x0 < width; x0 += 8 * kStrip) {
             const int columns = width - x0 < 8 * kStrip ? width - x0 : 8 * kStrip;
             const int bytes = (columns + 7) / 8;
             // The top bits of a vector give a number whose lowest bit is lane 0, while the first of eight
             // rows belongs in the highest bit of a byte.
-            const std::uint8_t* rows[kRows];
+            const Byte* rows[kRows];
             for (int i = 0; i < kRows; ++i) {
                 const int y = y0 + (i ^ 7);
                 rows[i] = y < height ? source + sourceStride * y + x0 / 8 : kBlank;
@@ -163,17 +127,17 @@ void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int 
             }
             Vector v[kStrip];
 #pragma GCC unroll 16
-            for (int i = 0; i < kStrip; ++i) v[i] = Load(rows[i], rows[(i + 16) % kRows]);
+            for (int i = 0; i < kStrip; ++i) v[i] = LoadStrips(rows[i], rows[(i + 16) % kRows]);
             TransposeSquares(v);
-            std::uint8_t* to = target + targetStride * x0 + y0 / 8;
+            Byte* to = target + targetStride * x0 + y0 / 8;
             for (int byte = 0; byte < bytes; ++byte) {
                 const int bits = columns - 8 * byte < 8 ? columns - 8 * byte : 8;
                 Vector column = v[byte];
                 for (int bit = 0; bit < bits; ++bit) {
-                    const RowBits word = TopBits(column);
+                    const RowBits word = static_cast<RowBits>(TAVRIX_VECTOR(movemask_epi8)(column));
                     std::memcpy(to, &word, sizeof word);
                     to += targetStride;
-                    column = Double(column);
+                    column = TAVRIX_VECTOR(add_epi8)(column, column);
                 }
             }
         }
@@ -187,8 +151,8 @@ void TransposeBits(const std::uint8_t* source, std::ptrdiff_t sourceStride, int 
     }
 }
 
-void TransposeBytes(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
-                    std::uint8_t* target, std::ptrdiff_t targetStride) {
+void TransposeBytes(const Byte* source, std::ptrdiff_t sourceStride, int width, int height, Byte* target,
+                    std::ptrdiff_t targetStride) {
     if (width < kStrip || height < kRows) {
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) target[targetStride * x + y] = source[sourceStride * y + x];
@@ -209,4 +173,11 @@ void TransposeBytes(const std::uint8_t* source, std::ptrdiff_t sourceStride, int
     }
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const TurnKernels TurnKernels::TAVRIX_KERNEL_LEVEL{.copyBits = CopyBits,
+                                                   .reverseBits = ReverseBits,
+                                                   .transposeBits = TransposeBits,
+                                                   .transposeBytes = TransposeBytes};
+
+}  // namespace tavrix

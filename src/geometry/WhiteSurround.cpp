@@ -42,10 +42,11 @@ bool SurroundWithWhite(const DibImage& image, int margin, DibRecord* result) {
     result->palette[1] = {255, 255, 255, 0};
 
     std::memset(result->bits, kWhiteByte, pixels);
+    const auto copyBits = platform::KernelsOf<TurnKernels>().copyBits;
     for (int y = 0; y < image.Height() && image.Width() > 0; ++y) {
         std::memcpy(row.data() + 1, image.Row(y), imageBytes);
         std::uint8_t* target = result->bits + rowBytes * (y + margin) + margin / 8;
-        TAVRIX_KERNEL(CopyBits)(row.data(), 8 - lead, count, target);
+        copyBits(row.data(), 8 - lead, count, target);
         if (count % 8 != 0) target[count / 8] |= static_cast<std::uint8_t>(kWhiteByte >> count % 8);
     }
     return true;

@@ -178,8 +178,9 @@ bool DibImage::ExportOneBit(DibRecord* record, bool needsPacking) const {
     record->header->biSizeImage = static_cast<std::uint32_t>(size);
     record->header->biClrUsed = 2;
     record->palette[1] = kWhite;
+    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
     for (int y = 0; y < Height(); ++y) {
-        TAVRIX_KERNEL(PackAbove)(Row(y), Width(), 0, record->bits + rowBytes * y);
+        packAbove(Row(y), Width(), 0, record->bits + rowBytes * y);
     }
     return true;
 }
@@ -192,8 +193,9 @@ bool DibImage::PackToOneBit(const std::uint8_t* source) {
     header->biClrUsed = 2;
     palette[1] = {255, 255, 255, palette[1].rgbReserved};
     std::memset(bits, 0, header->biSizeImage);
+    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
     for (int y = 0; y < Height(); ++y) {
-        TAVRIX_KERNEL(PackAbove)(source + sourceRowBytes * y, Width(), 1, bits + rowBytes * y);
+        packAbove(source + sourceRowBytes * y, Width(), 1, bits + rowBytes * y);
     }
     return true;
 }
@@ -204,7 +206,8 @@ bool DibImage::CopyBitsFrom(const DibImage& source) {
 }
 
 bool DibImage::ConvertToGray(DibImage& gray) const {
-    for (int y = 0; y < Height(); ++y) TAVRIX_KERNEL(GrayRow)(Row(y), Width(), gray.Row(y));
+    const auto grayRow = platform::KernelsOf<PixelKernels>().grayRow;
+    for (int y = 0; y < Height(); ++y) grayRow(Row(y), Width(), gray.Row(y));
     return true;
 }
 

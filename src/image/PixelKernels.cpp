@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "image/PixelKernels.h"
 
-#include <immintrin.h>
+#include "platform/Vectors.h"
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace tavrix {
 namespace {
 
-std::uint8_t GrayByRule(const std::uint8_t* pixel) {
+Byte GrayByRule(const Byte* pixel) {
     const double blue = pixel[0], green = pixel[1], red = pixel[2];
-    return static_cast<std::uint8_t>(0.299 * red + 0.587 * green + 0.114 * blue + 0.5);
+    return static_cast<Byte>(0.299 * red + 0.587 * green + 0.114 * blue + 0.5);
 }
 
-unsigned PackByte(const std::uint8_t* pixels, int count, std::uint8_t limit) {
+unsigned PackByte(const Byte* pixels, int count, Byte limit) {
     unsigned byte = 0;
     for (int i = 0; i < count; ++i) byte |= (pixels[i] > limit ? 0x80u : 0u) >> i;
     return byte;
@@ -33,10 +33,9 @@ constexpr short kQuotientFactor = static_cast<short>(33555);
 constexpr int kQuotientShift = 22 - 16;
 constexpr short kDivisor = 1000;
 
-#ifdef __AVX2__
-constexpr int kGrayStep = 32;  // pixels
-constexpr int kPackStep = 32;  // pixels
+constexpr int kStep = kVectorBytes;  // pixels
 
+#ifdef __AVX2__
 struct Factors {
     __m256i divisor;
 };
@@ -49,14 +48,12 @@ inline __m256i InBothLanes(__m128i lane) {
     return _mm256_broadcastsi128_si256(lane);
 }
 
-inline __m256i LoadLanes(const std::uint8_t* low, const std::uint8_t* high) {
-    return _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(low))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(high)), 1);
+inline __m256i LoadLanes(const Byte* low, const Byte* high) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(low)), Load16(high), 1);
 }
 
 // Gray of 16 pixels as words, and which of them are ties.
-inline __m256i Gray16(const std::uint8_t* pixels, const Factors& factors, __m256i& ties) {
+inline __m256i Gray16(const Byte* pixels, const Factors& factors, __m256i& ties) {
     // Each lane takes 4 pixels from the first 16 of its 24 bytes and 4 from the last 16.
     const __m256i first =
         _mm256_shuffle_epi8(LoadLanes(pixels, pixels + 24),
@@ -82,11 +79,11 @@ inline __m256i Gray16(const std::uint8_t* pixels, const Factors& factors, __m256
 }
 
 // Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
-inline std::uint32_t GrayStep(const std::uint8_t* pixels, const Factors& factors, std::uint8_t* gray) {
+inline std::uint32_t GrayStep(const Byte* pixels, const Factors& factors, Byte* gray) {
     __m256i lowTies, highTies;
     const __m256i low = Gray16(pixels, factors, lowTies), high = Gray16(pixels + 48, factors, highTies);
     const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), 0xD8);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(gray), bytes);
+    Store(gray, bytes);
     const __m256i ties = _mm256_or_si256(lowTies, highTies);
     if (_mm256_testz_si256(ties, ties)) [[likely]]
         return 0;
@@ -94,23 +91,12 @@ inline std::uint32_t GrayStep(const std::uint8_t* pixels, const Factors& factors
     return static_cast<std::uint32_t>(_mm256_movemask_epi8(masks));
 }
 
-inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* packed) {
-    const __m256i values = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row));
-    const __m256i limits = _mm256_set1_epi8(static_cast<char>(limit));
-    const __m256i black = _mm256_cmpeq_epi8(_mm256_max_epu8(values, limits), limits);
-    const __m256i reversed = _mm256_shuffle_epi8(
-        black, InBothLanes(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8)));
-    const int white = ~_mm256_movemask_epi8(reversed);
-    __builtin_memcpy(packed, &white, sizeof white);
+// Each 8 bytes in reverse order.
+inline Vector ReversedEights(Vector bytes) {
+    return _mm256_shuffle_epi8(
+        bytes, InBothLanes(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8)));
 }
 #else
-constexpr int kGrayStep = 16;  // pixels
-constexpr int kPackStep = 16;  // pixels
-
-inline __m128i LoadBytes(const std::uint8_t* bytes) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-}
-
 struct Factors {
     __m128i blue, green, red, divisor;
 };
@@ -121,10 +107,10 @@ inline Factors MakeFactors() {
 }
 
 // Gray of 8 pixels as words, and which of them are ties.
-inline __m128i Gray8(const std::uint8_t* pixels, const Factors& factors, __m128i& ties) {
+inline __m128i Gray8(const Byte* pixels, const Factors& factors, __m128i& ties) {
     // Interleaving pixels 0 to 3 with 4 to 7, then even with odd ones, three times brings equal channels
     // together: d holds B0 B2 B4 B6, G0 .., R0 .., B1 ..
-    const __m128i low = LoadBytes(pixels), high = _mm_srli_si128(LoadBytes(pixels + 8), 4);
+    const __m128i low = Load16(pixels), high = _mm_srli_si128(Load16(pixels + 8), 4);
     const __m128i a = _mm_unpacklo_epi8(low, high);
     const __m128i b = _mm_unpacklo_epi8(_mm_srli_si128(low, 6), _mm_srli_si128(high, 6));
     const __m128i d = _mm_unpacklo_epi8(a, b), e = _mm_unpackhi_epi8(a, b);
@@ -151,28 +137,28 @@ inline __m128i Gray8(const std::uint8_t* pixels, const Factors& factors, __m128i
 }
 
 // Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
-inline std::uint32_t GrayStep(const std::uint8_t* pixels, const Factors& factors, std::uint8_t* gray) {
+inline std::uint32_t GrayStep(const Byte* pixels, const Factors& factors, Byte* gray) {
     __m128i lowTies, highTies;
     const __m128i low = Gray8(pixels, factors, lowTies), high = Gray8(pixels + 24, factors, highTies);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(gray), _mm_packus_epi16(low, high));
+    Store(gray, _mm_packus_epi16(low, high));
     return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(lowTies, highTies)));
 }
 
-inline void PackStep(const std::uint8_t* row, std::uint8_t limit, std::uint8_t* packed) {
-    const __m128i limits = _mm_set1_epi8(static_cast<char>(limit));
-    const __m128i black = _mm_cmpeq_epi8(_mm_max_epu8(LoadBytes(row), limits), limits);
-    // Reverses each 8 pixels: the bytes of words, then the words.
-    const __m128i swapped = _mm_or_si128(_mm_slli_epi16(black, 8), _mm_srli_epi16(black, 8));
-    const __m128i reversed = _mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, 0x1B), 0x1B);
-    const int white = ~_mm_movemask_epi8(reversed);
-    __builtin_memcpy(packed, &white, kPackStep / 8);
+inline Vector ReversedEights(Vector bytes) {  // the bytes of words, then the words
+    const __m128i swapped = _mm_or_si128(_mm_slli_epi16(bytes, 8), _mm_srli_epi16(bytes, 8));
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(swapped, 0x1B), 0x1B);
 }
 #endif
 
-}  // namespace
+inline void PackStep(const Byte* row, Byte limit, Byte* packed) {
+    const Vector limits = Fill(limit);
+    const Vector black = Equal(Max(Load(row), limits), limits);
+    const int white = ~TAVRIX_VECTOR(movemask_epi8)(ReversedEights(black));
+    __builtin_memcpy(packed, &white, kStep / 8);
+}
 
-void GrayRow(const std::uint8_t* row, int width, std::uint8_t* gray) {
-    const int last = width - kGrayStep;
+void GrayRow(const Byte* row, int width, Byte* gray) {
+    const int last = width - kStep;
     if (last < 0) {
         for (int x = 0; x < width; ++x) gray[x] = GrayByRule(row + 3 * x);
         return;
@@ -185,17 +171,21 @@ void GrayRow(const std::uint8_t* row, int width, std::uint8_t* gray) {
                 gray[i] = GrayByRule(row + 3 * i);
             }
     };
-    for (int x = 0; x < last; x += kGrayStep) step(x);
+    for (int x = 0; x < last; x += kStep) step(x);
     step(last);  // may overlap the one before it
 }
 
-void PackAbove(const std::uint8_t* row, int width, std::uint8_t limit, std::uint8_t* packed) {
+void PackAbove(const Byte* row, int width, Byte limit, Byte* packed) {
     int x = 0;
-    for (; x + kPackStep <= width; x += kPackStep) PackStep(row + x, limit, packed + x / 8);
+    for (; x + kStep <= width; x += kStep) PackStep(row + x, limit, packed + x / 8);
     for (; x < width; x += 8) {
         const int count = width - x < 8 ? width - x : 8;
-        packed[x / 8] = static_cast<std::uint8_t>(PackByte(row + x, count, limit));
+        packed[x / 8] = static_cast<Byte>(PackByte(row + x, count, limit));
     }
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const PixelKernels PixelKernels::TAVRIX_KERNEL_LEVEL{.packAbove = PackAbove, .grayRow = GrayRow};
+
+}  // namespace tavrix

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "image/DibImage.h"
+#include "image/NeighbourhoodKernels.h"
 #include "morphology/MorphologyKernels.h"
 #include "platform/OutputFile.h"
-#include "regions/PageKernels.h"
 
 namespace tavrix {
 namespace {
@@ -55,8 +55,9 @@ void MorphologyFilter::EdgeMap() {
     if (width == 0) return;
     const int columns = static_cast<int>(rowBytes);
     const int last = std::min(width - 1, columns - 2);
+    const auto edgeRow = platform::KernelsOf<NeighbourhoodKernels>().edgeRow;
     ForEachInnerRow(*image, columns, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
-        TAVRIX_KERNEL(EdgeRow)(before + 1, row + 1, after + 1, last, target + 1);
+        edgeRow(before + 1, row + 1, after + 1, last, target + 1);
         target[0] = kNoEdge;
         std::fill(target + last + 1, target + width, kNoEdge);
     });
@@ -66,36 +67,43 @@ void MorphologyFilter::EdgeMap() {
 
 void MorphologyFilter::Opening() {
     std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
-    TAVRIX_KERNEL(SpreadWhite)(RowsOf(*image, *image), kOpeningRadius, scratch.data());
-    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, *image), kOpeningRadius, scratch.data());
+    platform::KernelsOf<MorphologyKernels>().spreadWhite(RowsOf(*image, *image), kOpeningRadius,
+                                                         scratch.data());
+    platform::KernelsOf<MorphologyKernels>().spreadBlack(RowsOf(*image, *image), kOpeningRadius,
+                                                         scratch.data());
 }
 
 void MorphologyFilter::Closing() {
     DibImage dilated(image);
     if (dilated.bits == nullptr) return;
     std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
-    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, dilated), kElementRadius, scratch.data());
+    platform::KernelsOf<MorphologyKernels>().spreadBlack(RowsOf(*image, dilated), kElementRadius,
+                                                         scratch.data());
     dilated.WriteBmp(platform::kDebugDumpPath);
-    TAVRIX_KERNEL(SpreadWhite)(RowsOf(dilated, *image), kElementRadius, scratch.data());
+    platform::KernelsOf<MorphologyKernels>().spreadWhite(RowsOf(dilated, *image), kElementRadius,
+                                                         scratch.data());
     image->WriteBmp(platform::kDebugDumpPath);
 }
 
 void MorphologyFilter::Smooth3x3() {
     const int last = std::min(width - 1, static_cast<int>(rowBytes) - 2);
+    const auto meanRow = platform::KernelsOf<NeighbourhoodKernels>().meanRow;
     ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
-        TAVRIX_KERNEL(MeanRow)(before + 1, row + 1, after + 1, last, target + 1);
+        meanRow(before + 1, row + 1, after + 1, last, target + 1);
     });
 }
 
 void MorphologyFilter::Sharpen(float factor) {
+    const auto sharpenRow = platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
     ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
-        TAVRIX_KERNEL(SharpenRow)(before + 1, row + 1, after + 1, width - 2, factor, target + 1);
+        sharpenRow(before + 1, row + 1, after + 1, width - 2, factor, target + 1);
     });
 }
 
 void MorphologyFilter::Dilate() {
     std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
-    TAVRIX_KERNEL(SpreadBlack)(RowsOf(*image, *image), kElementRadius, scratch.data());
+    platform::KernelsOf<MorphologyKernels>().spreadBlack(RowsOf(*image, *image), kElementRadius,
+                                                         scratch.data());
 }
 
 }  // namespace tavrix

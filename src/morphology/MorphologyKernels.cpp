@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace tavrix::TAVRIX_KERNEL_TARGET {
+namespace tavrix {
 namespace {
 
 using Byte = std::uint8_t;
@@ -145,25 +145,6 @@ void Spread(const BitRows& rows, int radius, Word* scratch) {
     }
 }
 
-}  // namespace
-
-void EdgeRow(const Byte* before, const Byte* row, const Byte* after, int count, Byte* target) {
-    // A component at the limit decides alone, so that the squares fit 16 bits.
-    constexpr std::int16_t kLimit = 127;
-    const auto magnitude = [](std::int16_t value) {
-        const auto size = static_cast<std::int16_t>(value < 0 ? -value : value);
-        return size < kLimit ? size : kLimit;
-    };
-    for (int x = 0; x < count; ++x) {
-        const int diagonal = after[x + 1] - before[x - 1], antidiagonal = before[x + 1] - after[x - 1];
-        const auto gx = static_cast<std::int16_t>(diagonal + antidiagonal + 2 * (row[x + 1] - row[x - 1]));
-        const auto gy = static_cast<std::int16_t>(diagonal - antidiagonal + 2 * (after[x] - before[x]));
-        const std::int16_t sizeY = magnitude(gy), sizeX = magnitude(gx);
-        const auto squares = static_cast<std::int16_t>(sizeX * sizeX + sizeY * sizeY);
-        target[x] = squares >= kLimit * kLimit ? 0 : 255;
-    }
-}
-
 void SpreadBlack(const BitRows& rows, int radius, Word* scratch) {
     Spread<0>(rows, radius, scratch);
 }
@@ -172,4 +153,9 @@ void SpreadWhite(const BitRows& rows, int radius, Word* scratch) {
     Spread<~Word{0}>(rows, radius, scratch);
 }
 
-}  // namespace tavrix::TAVRIX_KERNEL_TARGET
+}  // namespace
+
+const MorphologyKernels MorphologyKernels::TAVRIX_KERNEL_LEVEL{.spreadBlack = SpreadBlack,
+                                                               .spreadWhite = SpreadWhite};
+
+}  // namespace tavrix

@@ -3,22 +3,25 @@
 
 namespace tavrix::platform {
 
-// True when the processor and the system run AVX2 code.
+// True when the processor and the system run AVX2 code. Tests a bit that the compiler's run-time library
+// has read before any code of ours runs.
 inline bool HasAvx2() {
 #ifdef TAVRIX_WITH_AVX2
-    static const bool has = __builtin_cpu_supports("avx2");
-    return has;
+    return __builtin_cpu_supports("avx2");
 #else
     return false;
 #endif
 }
 
-}  // namespace tavrix::platform
-
-// Kernels are compiled twice from one source, into the namespaces `baseline` and `avx2` (see
-// cmake/Kernels.cmake). TAVRIX_KERNEL(Name) is the one for this machine.
+// A unit's kernels for this machine. Each kernel source is compiled once a level (cmake/Kernels.cmake) and
+// fills one constant table of functions, `Table::baseline` (SSE2) or `Table::avx2`. Nothing is initialised
+// when the library is loaded and nothing is locked; ask once an operation, not once a row.
+template <class Table>
+const Table& KernelsOf() {
 #ifdef TAVRIX_WITH_AVX2
-#define TAVRIX_KERNEL(name) (::tavrix::platform::HasAvx2() ? avx2::name : baseline::name)
-#else
-#define TAVRIX_KERNEL(name) baseline::name
+    if (HasAvx2()) return Table::avx2;
 #endif
+    return Table::baseline;
+}
+
+}  // namespace tavrix::platform

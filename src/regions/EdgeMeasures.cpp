@@ -5,7 +5,9 @@
 #include <cstring>
 #include <vector>
 
-#include "regions/PageKernels.h"
+#include "binarize/MaskKernels.h"
+#include "image/NeighbourhoodKernels.h"
+#include "regions/RegionKernels.h"
 
 namespace tavrix {
 namespace {
@@ -18,26 +20,36 @@ void ForEachRow(const PageShape& page, const RowPass& pass) {
     for (int y = 0; y < page.height; ++y) pass(page.Offset(y), y);
 }
 
-// SobelMagnitude of the columns x0..x1 of one row into a row of their own.
-void SobelLine(const PageShape& page, const std::uint8_t* source, int y, int x0, int x1, std::uint8_t* target,
-               int maskCut) {
-    const int first = std::max(x0, 1), last = std::min(x1, page.rowBytes - 2), count = last - first + 1;
-    if (y == 0 || y == page.height - 1 || count <= 0) {
-        if (x0 <= x1) std::memset(target + x0, 0, static_cast<std::size_t>(x1 - x0 + 1));
-        return;
-    }
-    const std::uint8_t* row = source + page.Offset(y) + first;
-    TAVRIX_KERNEL(SobelRow)(row - page.rowBytes, row, row + page.rowBytes, count, target + first);
-    if (maskCut >= 0) TAVRIX_KERNEL(MaskUpTo)(target + first, count, maskCut, target + first);
-    if (x0 < first) target[x0] = 0;
-    if (x1 > last) target[x1] = 0;
-}
+// Measures rows of a page, with the kernels for this machine.
+class EdgeRows {
+  public:
+    explicit EdgeRows(const PageShape& shape) : page(shape) {}
 
-void CountEdges(const std::uint8_t* edges, int count, EdgeCounts& counts) {
-    for (std::size_t level = 0; level < counts.size(); ++level) {
-        counts[level] += TAVRIX_KERNEL(CountFrom)(edges, count, kEdgeLevelThresholds[level]);
+    // SobelMagnitude of the columns x0..x1 of one row into a row of their own.
+    void Sobel(const std::uint8_t* source, int y, int x0, int x1, std::uint8_t* target, int maskCut) const {
+        const int first = std::max(x0, 1), last = std::min(x1, page.rowBytes - 2), count = last - first + 1;
+        if (y == 0 || y == page.height - 1 || count <= 0) {
+            if (x0 <= x1) std::memset(target + x0, 0, static_cast<std::size_t>(x1 - x0 + 1));
+            return;
+        }
+        const std::uint8_t* row = source + page.Offset(y) + first;
+        neighbourhoods.sobelRow(row - page.rowBytes, row, row + page.rowBytes, count, target + first);
+        if (maskCut >= 0) masks.maskUpTo(target + first, count, maskCut, target + first);
+        if (x0 < first) target[x0] = 0;
+        if (x1 > last) target[x1] = 0;
     }
-}
+    void Count(const std::uint8_t* edges, EdgeCounts& counts) const {
+        for (std::size_t level = 0; level < counts.size(); ++level) {
+            counts[level] += masks.countFrom(edges, page.width, kEdgeLevelThresholds[level]);
+        }
+    }
+
+    const NeighbourhoodKernels& neighbourhoods = platform::KernelsOf<NeighbourhoodKernels>();
+    const MaskKernels& masks = platform::KernelsOf<MaskKernels>();
+
+  private:
+    const PageShape& page;
+};
 
 // The last column in which a stroke may end.
 int LastTip(const PageShape& page) {
@@ -48,16 +60,18 @@ int LastTip(const PageShape& page) {
 
 void SobelMagnitude(const PageShape& page, const std::uint8_t* source, std::uint8_t* target, PageRect rect,
                     int maskCut) {
+    const EdgeRows rows(page);
     for (int y = rect.y0; y <= rect.y1; ++y) {
-        SobelLine(page, source, y, rect.x0, rect.x1, target + page.Offset(y), maskCut);
+        rows.Sobel(source, y, rect.x0, rect.x1, target + page.Offset(y), maskCut);
     }
 }
 
 EdgeCounts MeasureEdges(const PageShape& page, const std::uint8_t* source, std::uint8_t* edges) {
     EdgeCounts counts{};
+    const EdgeRows rows(page);
     ForEachRow(page, [&](std::size_t row, int y) {
-        SobelLine(page, source, y, 0, page.width - 1, edges + row, kNoMask);
-        CountEdges(edges + row, page.width, counts);
+        rows.Sobel(source, y, 0, page.width - 1, edges + row, kNoMask);
+        rows.Count(edges + row, counts);
     });
     return counts;
 }
@@ -70,15 +84,17 @@ int CountStrokeEndsOfEdges(const PageShape& page, const std::uint8_t* source, in
     const std::size_t rowBytes = page.Offset(1);
     std::vector<std::uint8_t> edges(rowBytes), masks(2 * kLevels * rowBytes);
     const int lastTip = LastTip(page);
+    const EdgeRows rows(page);
+    const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
     ForEachRow(page, [&](std::size_t, int y) {
-        SobelLine(page, source, y, 0, page.width - 1, edges.data(), kNoMask);
-        CountEdges(edges.data(), page.width, counts);
+        rows.Sobel(source, y, 0, page.width - 1, edges.data(), kNoMask);
+        rows.Count(edges.data(), counts);
         for (std::size_t i = 0; i < kLevels; ++i) {
             const std::size_t odd = y % 2;
             std::uint8_t* mask = &masks[(2 * i + odd) * rowBytes];
             const std::uint8_t* before = &masks[(2 * i + 1 - odd) * rowBytes];
-            TAVRIX_KERNEL(MaskUpTo)(edges.data(), page.columns, kEdgeLevelThresholds[i] - 1, mask);
-            if (y > 0 && lastTip > 0) ends[i] += TAVRIX_KERNEL(CountTips)(before + 1, mask + 1, lastTip);
+            rows.masks.maskUpTo(edges.data(), page.columns, kEdgeLevelThresholds[i] - 1, mask);
+            if (y > 0 && lastTip > 0) ends[i] += countTips(before + 1, mask + 1, lastTip);
         }
     });
     const int threshold = SettleEdgeThreshold(counts, page.Bytes(), level);
@@ -107,24 +123,23 @@ int SettleEdgeThreshold(const EdgeCounts& counts, std::size_t bytes, int level) 
 
 void EdgeMask(const PageShape& page, const std::uint8_t* edges, int threshold, std::uint8_t* mask) {
     const int limit = std::clamp(threshold - 1, -1, 255);
-    ForEachRow(page, [&](std::size_t row, int) {
-        TAVRIX_KERNEL(MaskUpTo)(edges + row, page.columns, limit, mask + row);
-    });
+    const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
+    ForEachRow(page, [&](std::size_t row, int) { maskUpTo(edges + row, page.columns, limit, mask + row); });
 }
 
 void GrayMask(const PageShape& page, const std::uint8_t* gray, int threshold, std::uint8_t* mask) {
     const int limit = std::clamp(threshold, -1, 255);
-    ForEachRow(page, [&](std::size_t row, int) {
-        TAVRIX_KERNEL(MaskAbove)(gray + row, page.columns, limit, mask + row);
-    });
+    const auto maskAbove = platform::KernelsOf<MaskKernels>().maskAbove;
+    ForEachRow(page, [&](std::size_t row, int) { maskAbove(gray + row, page.columns, limit, mask + row); });
 }
 
 int CountStrokeEnds(const PageShape& page, const std::uint8_t* mask) {
     const int last = LastTip(page);
+    const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
     int count = 0;
     for (int y = 0; y + 1 < page.height && last >= 1; ++y) {
         const std::uint8_t* row = mask + page.Offset(y) + 1;
-        count += TAVRIX_KERNEL(CountTips)(row, row + page.rowBytes, last);
+        count += countTips(row, row + page.rowBytes, last);
     }
     return count;
 }

@@ -5,7 +5,7 @@
 
 #include "regions/EdgeMeasures.h"
 #include "regions/EdgeRegionBinarizer.h"
-#include "regions/PageKernels.h"
+#include "regions/RegionKernels.h"
 #include "regions/RegionPasses.h"
 
 namespace tavrix {
@@ -127,9 +127,10 @@ void EdgeRegionBinarizer::FinishRegions(std::uint8_t* result, std::uint8_t* scra
 void EdgeRegionBinarizer::ApplyEdgeMask(PageRect rect, std::uint8_t* result,
                                         const std::uint8_t* edgeMask) const {
     const PageShape page = Page();
+    const auto applyEdgesRow = platform::KernelsOf<RegionKernels>().applyEdgesRow;
     for (int y = rect.y0; y <= rect.y1; ++y) {
         const std::size_t start = page.Offset(y) + rect.x0;
-        TAVRIX_KERNEL(ApplyEdgesRow)(result + start, edgeMask + start, rect.x1 - rect.x0 + 1);
+        applyEdgesRow(result + start, edgeMask + start, rect.x1 - rect.x0 + 1);
     }
 }
 

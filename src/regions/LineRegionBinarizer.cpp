@@ -168,8 +168,9 @@ bool LineRegionBinarizer::RefineByLines(std::uint8_t* scratch, std::uint8_t* res
     {
         DibImage mask;
         if (!mask.Create(width, height, 1) || !store::Create(components.store)) return false;
+        const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
         for (int y = 0; y < height; ++y) {
-            TAVRIX_KERNEL(PackAbove)(result + page.Offset(y), width, 1, mask.Row(y));
+            packAbove(result + page.Offset(y), width, 1, mask.Row(y));
         }
         ComponentExtractor(&mask).Run(components.store);
         ComponentNoiseFilter filter(&mask);

@@ -5,7 +5,8 @@
 #include <cstring>
 
 #include "binarize/Histogram.h"
-#include "regions/PageKernels.h"
+#include "image/NeighbourhoodKernels.h"
+#include "regions/RegionKernels.h"
 
 namespace tavrix {
 namespace {
@@ -49,9 +50,9 @@ int ThresholdRegion(const PageShape& page, PageRect rect, int threshold, const s
     const int limit = std::clamp(threshold, 0, 256);
     std::int64_t dark = 0, light = 0;
     const Inside inside(page, rect);
+    const auto& kernels = platform::KernelsOf<RegionKernels>();
     ForEachRow(page, inside, [&](std::size_t row) {
-        TAVRIX_KERNEL(ThresholdRegionRow)
-        (source + row, inside.Columns(), limit, force, target + row, &dark, &light);
+        kernels.thresholdRegionRow(source + row, inside.Columns(), limit, force, target + row, &dark, &light);
     });
     const std::int64_t outside = std::max<std::int64_t>(rect.Area() - inside.Area(), 0);
     if (limit > 0) {
@@ -64,6 +65,7 @@ int ThresholdRegion(const PageShape& page, PageRect rect, int threshold, const s
 
 void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* source, std::uint8_t* target) {
     const Inside inside(page, rect);
+    const auto& kernels = platform::KernelsOf<NeighbourhoodKernels>();
     const int first = std::max(inside.x0, 1), last = std::min(inside.x1, page.rowBytes - 2);
     // The last column may have no right neighbour to read.
     const int lastFull = std::min(last, page.columns - 2);
@@ -78,7 +80,7 @@ void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* sour
         const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
         if (inside.x0 == 0) out[0] = row[0];
         if (inside.x1 == page.rowBytes - 1) out[inside.x1] = row[inside.x1];
-        TAVRIX_KERNEL(MeanRow)(before + first, row + first, after + first, lastFull - first + 1, out + first);
+        kernels.meanRow(before + first, row + first, after + first, lastFull - first + 1, out + first);
         for (int x = std::max(first, lastFull + 1); x <= last; ++x) {
             const int sum = before[x - 1] + before[x] + row[x - 1] + row[x] + after[x - 1] + after[x];
             out[x] = static_cast<std::uint8_t>(sum / 9);
@@ -91,6 +93,7 @@ void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* sour
 void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* source, std::uint8_t* target,
                    float factor) {
     const Inside inside(page, rect);
+    const auto sharpenRow = platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
     const int end = page.rowBytes - 1;
     ForEachRow(page, inside, [&](std::size_t rowStart) {
         const std::size_t offset = rowStart - inside.x0;
@@ -102,8 +105,7 @@ void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* sou
         }
         const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
         const auto sharpen = [&](int first, int last) {
-            TAVRIX_KERNEL(SharpenRow)
-            (before + first, row + first, after + first, last - first + 1, factor, out + first);
+            sharpenRow(before + first, row + first, after + first, last - first + 1, factor, out + first);
         };
         sharpen(std::max(inside.x0, 1), std::min(inside.x1, page.width - 2));
         for (const int x : {0, page.width - 1}) {
@@ -126,14 +128,15 @@ void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* sou
 
 void MergeRegionMasks(const PageShape& page, PageRect rect, std::uint8_t* target, const std::uint8_t* other) {
     const Inside inside(page, rect);
-    ForEachRow(page, inside, [&](std::size_t row) {
-        TAVRIX_KERNEL(MergeRow)(target + row, other + row, inside.Columns());
-    });
+    const auto& kernels = platform::KernelsOf<RegionKernels>();
+    ForEachRow(page, inside,
+               [&](std::size_t row) { kernels.mergeRow(target + row, other + row, inside.Columns()); });
 }
 
 void MarkRegion(const PageShape& page, PageRect rect, std::uint8_t* mask) {
     const Inside inside(page, rect);
-    ForEachRow(page, inside, [&](std::size_t row) { TAVRIX_KERNEL(MarkRow)(mask + row, inside.Columns()); });
+    const auto& kernels = platform::KernelsOf<RegionKernels>();
+    ForEachRow(page, inside, [&](std::size_t row) { kernels.markRow(mask + row, inside.Columns()); });
 }
 
 PageRect FillAndMarkRegion(const PageShape& page, PageRect rect, std::uint8_t* mask) {
@@ -142,11 +145,11 @@ PageRect FillAndMarkRegion(const PageShape& page, PageRect rect, std::uint8_t* m
     rect.x1 = static_cast<std::int16_t>(std::min<int>(rect.x1, page.rowBytes - 2));
     rect.y1 = static_cast<std::int16_t>(std::min<int>(rect.y1, page.height - 2));
     const Inside inside(page, rect);
+    const auto& kernels = platform::KernelsOf<RegionKernels>();
     ForEachRow(page, inside, [&](std::size_t start) {
         std::uint8_t* row = mask + start;
         const bool outside = inside.x1 + 1 >= page.columns;  // reads 0
-        TAVRIX_KERNEL(FillAndMarkRow)
-        (row - page.rowBytes, row, row + page.rowBytes, inside.Columns(), outside);
+        kernels.fillAndMarkRow(row - page.rowBytes, row, row + page.rowBytes, inside.Columns(), outside);
     });
     return rect;
 }

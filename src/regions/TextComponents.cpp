@@ -5,7 +5,8 @@
 #include <bit>
 #include <cstdlib>
 
-#include "regions/PageKernels.h"
+#include "binarize/MaskKernels.h"
+#include "regions/RegionKernels.h"
 #include "regions/RegionPasses.h"
 
 namespace tavrix {
@@ -138,10 +139,10 @@ ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& c
 // More than 1.1 times as many pixels up to 127 as above it in the component's box.
 bool IsMostlyDark(const PageShape& page, const std::uint8_t* gray, const ComponentRecord& box) {
     constexpr int kFirstLight = 128;
+    const auto countFrom = platform::KernelsOf<MaskKernels>().countFrom;
     std::int64_t light = 0;
     for (int y = box.top; y <= box.bottom; ++y) {
-        light +=
-            TAVRIX_KERNEL(CountFrom)(gray + page.Offset(y) + box.left, box.right - box.left + 1, kFirstLight);
+        light += countFrom(gray + page.Offset(y) + box.left, box.right - box.left + 1, kFirstLight);
     }
     const std::int64_t all = std::int64_t{box.right - box.left + 1} * (box.bottom - box.top + 1);
     return static_cast<double>(light) * 1.1 < static_cast<double>(all - light);
@@ -168,9 +169,10 @@ void SortIntoGroups(std::vector<ComponentRecord>& records) {
 LabelledRuns LabelRuns(const PageShape& page, const std::uint8_t* mask) {
     const int columns = page.rowBytes / kColumnStep;
     std::vector<std::uint64_t> words(static_cast<std::size_t>(columns) / 64 + 2);
+    const auto evenZeroBits = platform::KernelsOf<RegionKernels>().evenZeroBits;
     RunLabeller labeller;
     for (int y = 0; y < page.height; ++y) {
-        TAVRIX_KERNEL(EvenZeroBits)(mask + page.Offset(y), columns, words.data());
+        evenZeroBits(mask + page.Offset(y), columns, words.data());
         ForEachRun(words.data(), columns, [&](int x0, int x1) { labeller.AddRun(x0, x1, y); });
         labeller.EndRow();
     }

@@ -38,12 +38,12 @@ TEST(ThresholdKernels, GradientVariantsAgree) {
         const Row a = RandomRow(random, width + 2), b = RandomRow(random, width + 2),
                   c = RandomRow(random, width + 2), d = RandomRow(random, width + 2),
                   e = RandomRow(random, width + 2);
-        ExpectEqualVariants(TAVRIX_VARIANTS(GradientRow), [&](auto* kernel) {
+        ExpectEqualVariants(TAVRIX_VARIANTS(GradientKernels, gradientRow), [&](auto* kernel) {
             Row result(width + 1, 77);
             kernel(&a[1], &b[1], &c[1], width, result.data());
             return result;
         });
-        ExpectEqualVariants(TAVRIX_VARIANTS(EdgeLevelRow), [&](auto* kernel) {
+        ExpectEqualVariants(TAVRIX_VARIANTS(GradientKernels, edgeLevelRow), [&](auto* kernel) {
             Row result(width + 1, 77);
             kernel(&a[1], &b[1], &c[1], &d[1], &e[1], width, result.data());
             return result;
@@ -70,10 +70,12 @@ TEST(ThresholdKernels, LocalContrastVariantsAgree) {
             results.insert(results.end(), window.begin(), window.end());
             return results;
         };
-        ExpectEqualVariants(TAVRIX_VARIANTS(SlideWindow),
-                            [&](auto* slide) { return run(slide, baseline::ContrastRow); });
-        ExpectEqualVariants(TAVRIX_VARIANTS(ContrastRow),
-                            [&](auto* contrast) { return run(baseline::SlideWindow, contrast); });
+        ExpectEqualVariants(TAVRIX_VARIANTS(LocalContrastKernels, slideWindow), [&](auto* slide) {
+            return run(slide, LocalContrastKernels::baseline.contrastRow);
+        });
+        ExpectEqualVariants(TAVRIX_VARIANTS(LocalContrastKernels, contrastRow), [&](auto* contrast) {
+            return run(LocalContrastKernels::baseline.slideWindow, contrast);
+        });
     }
 }
 
@@ -94,10 +96,10 @@ TEST(ThresholdKernels, BernsenVariantsAgree) {
                         work.back().data());
             return work;
         };
-        ExpectEqualVariants(TAVRIX_VARIANTS(ExtremesOf4),
-                            [&](auto* kernel) { return run(kernel, baseline::MidRangeRow); });
-        ExpectEqualVariants(TAVRIX_VARIANTS(MidRangeRow),
-                            [&](auto* kernel) { return run(baseline::ExtremesOf4, kernel); });
+        ExpectEqualVariants(TAVRIX_VARIANTS(BernsenKernels, extremesOf4),
+                            [&](auto* kernel) { return run(kernel, BernsenKernels::baseline.midRangeRow); });
+        ExpectEqualVariants(TAVRIX_VARIANTS(BernsenKernels, midRangeRow),
+                            [&](auto* kernel) { return run(BernsenKernels::baseline.extremesOf4, kernel); });
     }
 }
 

@@ -188,8 +188,8 @@ TEST(InterpolationKernels, VariantsAgree) {
                 expected = target;
             });
         };
-        agree(TAVRIX_VARIANTS(InterpolateGray), 1);
-        agree(TAVRIX_VARIANTS(InterpolateColor), 3);
+        agree(TAVRIX_VARIANTS(InterpolationKernels, gray), 1);
+        agree(TAVRIX_VARIANTS(InterpolationKernels, color), 3);
     }
 }
 

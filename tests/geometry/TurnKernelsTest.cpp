@@ -26,7 +26,7 @@ Bytes RandomBytes(std::size_t count, std::mt19937& random) {
 
 // Source and target have exactly the bytes that the run touches, so that a sanitizer sees any step beyond.
 template <class Expected>
-void CheckRun(decltype(baseline::CopyBits)* kernel, int first, int count, Expected expected) {
+void CheckRun(decltype(TurnKernels::copyBits) kernel, int first, int count, Expected expected) {
     std::mt19937 random(first * 1000 + count);
     const Bytes source = RandomBytes((first + count + 7) / 8, random);
     Bytes target = RandomBytes((count + 7) / 8, random);
@@ -40,17 +40,17 @@ void CheckRun(decltype(baseline::CopyBits)* kernel, int first, int count, Expect
 TEST(TurnKernels, CopyAndReverseRunsAtEveryOffset) {
     for (int first = 0; first < 16; ++first) {
         for (int count = 1; count <= 200; ++count) {
-            OnVariants(TAVRIX_VARIANTS(CopyBits), [&](auto* kernel) {
+            OnVariants(TAVRIX_VARIANTS(TurnKernels, copyBits), [&](auto* kernel) {
                 CheckRun(kernel, first, count,
                          [&](const std::uint8_t* row, int x) { return BitAt(row, first + x); });
             });
-            OnVariants(TAVRIX_VARIANTS(ReverseBits), [&](auto* kernel) {
+            OnVariants(TAVRIX_VARIANTS(TurnKernels, reverseBits), [&](auto* kernel) {
                 CheckRun(kernel, first, count,
                          [&](const std::uint8_t* row, int x) { return BitAt(row, first + count - 1 - x); });
             });
         }
     }
-    OnVariants(TAVRIX_VARIANTS(ReverseBits), [](auto* kernel) {
+    OnVariants(TAVRIX_VARIANTS(TurnKernels, reverseBits), [](auto* kernel) {
         CheckRun(kernel, 1, kMaxSide - 1,
                  [](const std::uint8_t* row, int x) { return BitAt(row, kMaxSide - 1 - x); });
     });
@@ -62,7 +62,7 @@ TEST(TurnKernels, TransposeBits) {
         for (int height = 1; height <= 130; ++height) {
             const int sourceStride = (width + 7) / 8, targetStride = (height + 31) / 32 * 4;
             const Bytes source = RandomBytes(std::size_t(sourceStride) * height, random);
-            OnVariants(TAVRIX_VARIANTS(TransposeBits), [&](auto* kernel) {
+            OnVariants(TAVRIX_VARIANTS(TurnKernels, transposeBits), [&](auto* kernel) {
                 // Backwards through the target, as a quarter turn goes.
                 Bytes target = RandomBytes(std::size_t(targetStride) * width, random);
                 kernel(source.data(), sourceStride, width, height, target.data() + targetStride * (width - 1),
@@ -84,7 +84,7 @@ TEST(TurnKernels, TransposeBytes) {
     for (const int width : {1, 15, 16, 17, 63, 64, 65, 130}) {
         for (const int height : {1, 16, 31, 32, 33, 64, 97, 130}) {
             const Bytes source = RandomBytes(std::size_t(width) * height, random);
-            OnVariants(TAVRIX_VARIANTS(TransposeBytes), [&](auto* kernel) {
+            OnVariants(TAVRIX_VARIANTS(TurnKernels, transposeBytes), [&](auto* kernel) {
                 Bytes target(source.size());
                 kernel(source.data(), width, width, height, target.data(), height);
                 for (int y = 0; y < height; ++y) {

@@ -124,7 +124,7 @@ TEST(DibImage, GrayIsTheRoundedSumInDoubleForEveryColour) {
             row[3 * red + 2] = static_cast<std::uint8_t>(red);
             expected[red] = static_cast<std::uint8_t>(0.299 * red + 0.587 * green + 0.114 * blue + 0.5);
         }
-        test::OnVariants(TAVRIX_VARIANTS(GrayRow), [&](auto* grayRow) {
+        test::OnVariants(TAVRIX_VARIANTS(PixelKernels, grayRow), [&](auto* grayRow) {
             grayRow(row.data(), kWidth, gray.data());
             ASSERT_EQ(gray, expected) << "blue " << blue << ", green " << green;
         });
@@ -161,7 +161,7 @@ TEST(DibImage, PacksInEveryVariantAlikeAndNotBeyondTheRow) {
             for (int x = 0; x < width; ++x) {
                 if (row[x] > limit) expected[x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
             }
-            test::OnVariants(TAVRIX_VARIANTS(PackAbove), [&](auto* packAbove) {
+            test::OnVariants(TAVRIX_VARIANTS(PixelKernels, packAbove), [&](auto* packAbove) {
                 std::vector<std::uint8_t> packed(expected.size(), 0xA5);
                 packAbove(row.data(), width, static_cast<std::uint8_t>(limit), packed.data());
                 ASSERT_EQ(packed, expected) << width << " above " << limit;

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "image/NeighbourhoodKernels.h"
 #include "morphology/MorphologyKernels.h"
 #include "support/KernelVariants.h"
 
@@ -40,10 +41,10 @@ TEST(MorphologyKernels, VariantsAgree) {
                 kernel({source.data(), target.data(), stride, width, kHeight}, radius, scratch.data());
                 return target;
             };
-            Agree(TAVRIX_VARIANTS(SpreadBlack), spread);
-            Agree(TAVRIX_VARIANTS(SpreadWhite), spread);
+            Agree(TAVRIX_VARIANTS(MorphologyKernels, spreadBlack), spread);
+            Agree(TAVRIX_VARIANTS(MorphologyKernels, spreadWhite), spread);
         }
-        Agree(TAVRIX_VARIANTS(EdgeRow), [&](auto* kernel) {
+        Agree(TAVRIX_VARIANTS(NeighbourhoodKernels, edgeRow), [&](auto* kernel) {
             Bytes target(width);
             const std::uint8_t* row = source.data() + 1;
             kernel(row, row + width + 2, row + 2 * (width + 2), width, target.data());
