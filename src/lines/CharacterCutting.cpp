@@ -136,10 +136,12 @@ ColumnProfiles ProfileColumns(const DibImage& image, const store::Box& box) {
     return profiles;
 }
 
-// The box of the ink inside a box; the same box when it holds none.
+// The box of the ink inside a box. Where there is none each side ends at the one across from it, which
+// leaves the box inside out: its right side is the left one of before, and so on.
 store::Box ShrinkToInk(const DibImage& image, const store::Box& box) {
+    const store::Box insideOut{box.right, box.bottom, box.left, box.top};
     const InkStrips strips(image, box);
-    if (strips.IsEmpty()) return box;
+    if (strips.IsEmpty()) return insideOut;
     std::optional<int> left;
     int right = 0;
     for (int x = strips.FirstColumn(); x <= strips.LastColumn(); x += kStripWidth) {
@@ -148,7 +150,7 @@ store::Box ShrinkToInk(const DibImage& image, const store::Box& box) {
         if (!left) left = x + std::countl_zero(inked);
         right = x + kStripWidth - 1 - std::countr_zero(inked);
     }
-    if (!left) return box;
+    if (!left) return insideOut;
     int bottom = strips.FirstRow();
     while (!strips.IsInked(bottom)) ++bottom;
     int top = strips.LastRow();
