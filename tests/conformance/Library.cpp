@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "Library.h"
+
+#ifndef _WIN32
+#include <dlfcn.h>
+#endif
+
+namespace tavrix::conformance {
+namespace {
+
+struct ExportInfo {
+    const char* name;
+    std::uint32_t argumentBytes;
+};
+#include "ExportTable.h"  // made from the list of exports: kExports
+
+}  // namespace
+
+#ifdef TAVRIX_COUNTS_ARGUMENTS
+asm(R"(
+    .text
+    .globl _CallOnStack
+_CallOnStack:
+    pushl %ebp
+    movl %esp, %ebp
+    pushl %ebx
+    pushl %esi
+    pushl %edi
+    andl $-16, %esp
+    subl 20(%ebp), %esp
+    movl 16(%ebp), %ecx
+    movl 12(%ebp), %esi
+1:  testl %ecx, %ecx
+    jz 2f
+    decl %ecx
+    pushl (%esi,%ecx,4)
+    jmp 1b
+2:  movl %esp, %ebx
+    call *8(%ebp)
+    movl %esp, %ecx
+    subl %ebx, %ecx
+    movl 24(%ebp), %edx
+    movl %ecx, (%edx)
+    leal -12(%ebp), %esp
+    popl %edi
+    popl %esi
+    popl %ebx
+    popl %ebp
+    ret
+)");
+#endif
+
+#ifdef _WIN32
+Library::Library(const std::string& path) : module(reinterpret_cast<void*>(LoadLibraryA(path.c_str()))) {
+#else
+Library::Library(const std::string& path) : module(dlopen(path.c_str(), RTLD_NOW)) {
+#endif
+    Require(module != nullptr, "to load " + path);
+    if (module == nullptr) return;
+    for (const ExportInfo& info : kExports) Require(AddressOf(info.name) != nullptr, info.name);
+}
+
+Library::~Library() {
+    if (module == nullptr) return;
+#ifdef _WIN32
+    Require(FreeLibrary(static_cast<HMODULE>(module)) != 0, "FreeLibrary");
+#else
+    Require(dlclose(module) == 0, "dlclose");
+#endif
+}
+
+void* Library::AddressOf(const std::string& name) const {
+#ifdef _WIN32
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name.c_str()));
+#else
+    return dlsym(module, name.c_str());
+#endif
+}
+
+std::uint32_t Library::ArgumentBytesOf(const std::string& name) {
+    for (const ExportInfo& info : kExports) {
+        if (name == info.name) return info.argumentBytes;
+    }
+    Require(false, name + " is not in the list of exports");
+    return 0;
+}
+
+void Library::RequireEveryExportCalled() const {
+    for (const ExportInfo& info : kExports) {
+        Require(called.contains(info.name), std::string("a case for ") + info.name);
+    }
+}
+
+}  // namespace tavrix::conformance
