@@ -7,8 +7,10 @@
 #include <new>
 
 #include "api/ExportCalls.h"
-#include "components/ComponentStore.h"
+#include "image/DibLayout.h"
 #include "support/HostImage.h"
+#include "tavrix/component_store.hpp"
+#include "tavrix/message_handler.h"
 
 // Counts the allocations of the code under test and lets chosen ones fail. calloc, from which global
 // memory comes, is redirected by the linker.
@@ -84,26 +86,6 @@ void* __wrap_calloc(std::size_t count, std::size_t bytes) {
 namespace tavrix::test {
 namespace {
 
-// A page with a line of letters, a large mark and specks, so that every step has something to work on.
-HostImage Page(int bitCount) {
-    HostImage image(60, 34, bitCount);
-    for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x) {
-            const bool letter = y >= 10 && y < 20 && x > 5 && x < 55 && x % 7 < 5 && (x % 7 < 2 || y % 5 < 2);
-            const bool mark = y > 24 && y < 32 && x > 40 && x < 52;
-            const bool speck = (x * 31 + y * 17) % 211 == 0;
-            const bool black = letter || mark || speck;
-            const auto level = static_cast<std::uint8_t>(black ? 40 + x % 5 : 200 + (x + y) % 9);
-            if (bitCount == 1) {
-                image.SetBit(x, y, !black);
-            } else {
-                for (int i = 0; i < bitCount / 8; ++i) image.Row(y)[bitCount / 8 * x + i] = level;
-            }
-        }
-    }
-    return image;
-}
-
 bool IsConsistent(const ComponentNode* first, const ComponentNode* parent, unsigned& nodes) {
     const ComponentNode* prev = nullptr;
     for (const ComponentNode* node = first; node != nullptr; prev = node, node = node->next) {
@@ -121,16 +103,15 @@ class AllocationFailure : public testing::TestWithParam<ExportCall> {
         std::vector<HGLOBAL> handles(5000);
         for (HGLOBAL& handle : handles) handle = GlobalAlloc(GHND, 40);
         for (const HGLOBAL handle : handles) GlobalFree(handle);
+        TavrixSetMessageHandler([](const char*, void*) {}, nullptr);
     }
 
     // Lets the n-th allocation fail (or all from there on). True when the call made fewer.
     bool Try(int bitCount, int n, bool onwards) {
         const ExportCall& call = GetParam();
-        const HostImage image = Page(bitCount);
-        ComponentStore store{};
-        if (!call.byHandle && !store::Create(store)) ADD_FAILURE();
-        if (call.needsTree) Extract_Eight_Connected_Components(image.Record(), &store, 1, 0, 0);
-        const CallInput input{image.Handle(), image.Record(), &store};
+        const HostImage image = HostImage::Drawn(60, 34, bitCount);
+        host::Store store;
+        if (call.Is(kNeedsTree)) Extract_Eight_Connected_Components(image.Record(), store.get(), 1, 0, 0);
         DibRecord marker{};
         marker.bits = reinterpret_cast<std::uint8_t*>(&marker);
         DibRecord result = marker;
@@ -140,7 +121,7 @@ class AllocationFailure : public testing::TestWithParam<ExportCall> {
         countdown = n;
         failsOnwards = onwards;
         counting = true;
-        const bool accepted = call.run(input, &result);
+        const bool accepted = call({image.Handle(), image.Record(), store.get()}, &result);
         counting = false;
 
         const bool written = std::memcmp(&result, &marker, sizeof marker) != 0;
@@ -153,16 +134,14 @@ class AllocationFailure : public testing::TestWithParam<ExportCall> {
             EXPECT_EQ(GlobalFlags(image.Handle()), 1u);
             const BITMAPINFOHEADER& header = image.Header();
             EXPECT_TRUE(header.biBitCount == bitCount || (bitCount == 8 && header.biBitCount == 1));
-            EXPECT_EQ(header.biSizeImage, image.RowBytes() * image.Height());
+            EXPECT_EQ(header.biSizeImage, RowBytesOf(header.biBitCount, header.biWidth) * header.biHeight);
         }
-        if (!call.byHandle) {
-            unsigned nodes = 0;
-            EXPECT_TRUE(IsConsistent(store.firstBlock, nullptr, nodes));
-            EXPECT_EQ(store.liveCount, nodes);
-            EXPECT_EQ(store.blockCount + store.lineCount + store.componentCount, nodes);
-        }
-        store::Release(store);
-        EXPECT_LE(live, liveBefore) << "leak";  // a replaced image or a released store is gone
+        unsigned nodes = 0;
+        const ComponentStore& seen = store.header();
+        EXPECT_TRUE(IsConsistent(seen.firstBlock, nullptr, nodes));
+        EXPECT_EQ(seen.liveCount, nodes);
+        EXPECT_EQ(seen.blockCount + seen.lineCount + seen.componentCount, nodes);
+        EXPECT_LE(live, liveBefore) << "leak";  // a replaced image is gone
         return failed == 0;
     }
 };

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "support/HostImage.h"
 
+#include <cstring>
+#include <random>
+
 #include "image/DibLayout.h"
 
 namespace tavrix::test {
@@ -19,8 +22,6 @@ HostImage::HostImage(int width, int height, int bitCount) {
     header.biPlanes = 1;
     header.biBitCount = static_cast<std::uint16_t>(bitCount);
     header.biSizeImage = static_cast<std::uint32_t>(pixels);
-    header.biXPelsPerMeter = 11811;
-    header.biYPelsPerMeter = 11811;
     header.biClrUsed = ColourCountOf(bitCount);
     for (std::uint32_t i = 0; i < header.biClrUsed; ++i) {
         const auto level = static_cast<std::uint8_t>(i * 255 / (header.biClrUsed - 1));
@@ -40,52 +41,37 @@ HostImage::~HostImage() {
     if (handle != nullptr) GlobalFree(handle);
 }
 
-HostImage HostImage::FromRows(const std::vector<std::string>& rows) {
-    HostImage image(rows.empty() ? 0 : static_cast<int>(rows[0].size()), static_cast<int>(rows.size()), 1);
-    for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x) image.SetBit(x, y, rows[y][x] != '#');
-    }
-    return image;
-}
-
-HostImage HostImage::Random(int width, int height, int bitCount, std::mt19937& random, double blackShare) {
+HostImage HostImage::Drawn(int width, int height, int bitCount, unsigned seed) {
     HostImage image(width, height, bitCount);
-    std::uniform_int_distribution<int> byte(0, 255);
-    for (std::uint32_t i = 0; i < image.Header().biSizeImage; ++i) {
-        image.record.bits[i] = static_cast<std::uint8_t>(byte(random));
-    }
-    if (bitCount == 1) {
-        std::bernoulli_distribution black(blackShare);
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) image.SetBit(x, y, !black(random));
+    std::mt19937 random(seed);
+    const int pitch = 7 + static_cast<int>(seed % 20);  // pixels
+    const unsigned noise = seed % 4 == 3 ? 200 : 20;    // levels
+    const std::size_t rowBytes = RowBytesOf(bitCount, width);
+    std::memset(image.record.bits, 0xA5, image.Header().biSizeImage);
+    for (int y = 0; y < height; ++y) {
+        std::uint8_t* row = image.record.bits + rowBytes * y;
+        for (int x = 0; x < width; ++x) {
+            const int column = x % pitch;
+            const bool inText = x > 5 && x < width - 5 && y / pitch % 2 == 1;
+            const bool letter = inText && column < pitch - 2 && (column < 2 || y % 5 < 2);
+            const bool mark = x > width * 2 / 3 && x < width - 8 && y > height * 3 / 4 && y < height - 2;
+            const bool speck = (x * 31 + y * 17) % 211 == 0;
+            const auto level =
+                static_cast<std::uint8_t>((letter || mark || speck ? 40 : 220) + random() % noise);
+            if (bitCount == 1) {
+                const auto bit = static_cast<std::uint8_t>(0x80 >> x % 8);
+                row[x / 8] = static_cast<std::uint8_t>(level < 128 ? row[x / 8] & ~bit : row[x / 8] | bit);
+            } else {
+                std::memset(row + bitCount / 8 * x, level, static_cast<std::size_t>(bitCount / 8));
+            }
         }
     }
     return image;
 }
 
-std::size_t HostImage::RowBytes() const {
-    return RowBytesOf(record.header->biBitCount, record.header->biWidth);
-}
-
-void HostImage::SetBit(int x, int y, bool on) const {
-    const auto mask = static_cast<std::uint8_t>(0x80 >> x % 8);
-    std::uint8_t& byte = Row(y)[x / 8];
-    byte = static_cast<std::uint8_t>(on ? byte | mask : byte & ~mask);
-}
-
 std::vector<std::uint8_t> HostImage::Bytes() const {
     const auto* start = reinterpret_cast<const std::uint8_t*>(record.header);
-    const std::uint8_t* end = record.bits + record.header->biSizeImage;
-    return std::vector<std::uint8_t>(start, end);
-}
-
-std::vector<std::string> HostImage::Rows() const {
-    std::vector<std::string> rows;
-    for (int y = 0; y < Height(); ++y) {
-        rows.emplace_back();
-        for (int x = 0; x < Width(); ++x) rows.back() += Bit(x, y) ? '.' : '#';
-    }
-    return rows;
+    return {start, start + GlobalSize(handle)};
 }
 
 }  // namespace tavrix::test
