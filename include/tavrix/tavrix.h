@@ -43,9 +43,13 @@
 #define TAVRIX_API __declspec(dllimport)
 #endif
 #else
-#include <tavrix/global_memory.h>
 #define TAVRIX_CALL
 #define TAVRIX_API __attribute__((visibility("default")))
+
+/* Outside Windows these are declared here, unless the program has them from elsewhere: then it defines
+ * TAVRIX_HOST_TYPES and brings HGLOBAL (a pointer), BITMAPINFOHEADER and RGBQUAD of the same layout. */
+#ifndef TAVRIX_HOST_TYPES
+#include <tavrix/global_memory.h>
 
 typedef struct BITMAPINFOHEADER {
     uint32_t biSize;        /* always 40 */
@@ -67,6 +71,7 @@ typedef struct RGBQUAD {
     uint8_t rgbRed;
     uint8_t rgbReserved;
 } RGBQUAD;
+#endif
 #endif
 
 #ifdef __cplusplus

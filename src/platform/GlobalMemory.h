@@ -12,8 +12,8 @@ namespace tavrix::platform {
 HGLOBAL AllocMovable(std::size_t bytes);  // GHND
 HGLOBAL AllocFixed(std::size_t bytes);    // GPTR: the handle is the address
 void* Lock(HGLOBAL handle);
-void Unlock(HGLOBAL handle);
-void Free(HGLOBAL handle);
+bool Unlock(HGLOBAL handle);  // true while locks remain or for a fixed block
+bool Free(HGLOBAL handle);    // false for a handle that is none
 HGLOBAL HandleOf(const void* address);
 std::size_t SizeOf(HGLOBAL handle);
 

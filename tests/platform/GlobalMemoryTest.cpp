@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <thread>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace {
 class GlobalMemory : public testing::TestWithParam<unsigned> {};
 
 TEST_P(GlobalMemory, GivesZeroedBlocksThatAreFoundByAddress) {
-    for (const std::size_t bytes : {0, 1, 15, 16, 17, 64, 1000, 1 << 20}) {
+    for (const std::size_t bytes : {1, 15, 16, 17, 64, 1000, 1 << 20}) {
         const HGLOBAL handle = GlobalAlloc(GetParam(), bytes);
         ASSERT_NE(handle, nullptr) << bytes;
         auto* data = static_cast<std::uint8_t*>(GlobalLock(handle));
@@ -45,6 +46,8 @@ TEST(GlobalMemory, CountsLocksOfMovableBlocks) {
     EXPECT_EQ(GlobalLock(handle), data);  // never moves
     for (int i = 0; i < 300; ++i) GlobalLock(handle);
     EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_LOCKCOUNT});
+    for (int i = 0; i < 300; ++i) EXPECT_EQ(GlobalUnlock(handle), 1);
+    EXPECT_EQ(GlobalUnlock(handle), 0);      // all 301 were counted
     EXPECT_EQ(GlobalFree(handle), nullptr);  // locked or not
 }
 
@@ -54,6 +57,42 @@ TEST(GlobalMemory, DoesNotCountLocksOfFixedBlocks) {
     EXPECT_EQ(GlobalFlags(handle), 0u);
     EXPECT_EQ(GlobalUnlock(handle), 1);
     EXPECT_EQ(GlobalFree(handle), nullptr);
+}
+
+TEST(GlobalMemory, GivesADiscardedBlockForNoBytes) {
+    const HGLOBAL handle = GlobalAlloc(GHND, 0);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(GlobalLock(handle), nullptr);
+    EXPECT_EQ(GlobalUnlock(handle), 0);
+    EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_DISCARDED});
+    EXPECT_EQ(GlobalFree(handle), nullptr);
+    EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_INVALID_HANDLE});
+    const HGLOBAL fixed = GlobalAlloc(GPTR, 0);
+    EXPECT_EQ(GlobalLock(fixed), fixed);
+    EXPECT_EQ(GlobalFree(fixed), nullptr);
+}
+
+TEST(GlobalMemory, RefusesTheHandleOfAFreedBlockWhenItsMemoryIsInUseAgain) {
+    constexpr int kBlocks = 100;
+    std::map<void*, HGLOBAL> stale;
+    std::vector<HGLOBAL> held;
+    for (int i = 0; i < kBlocks; ++i) held.push_back(GlobalAlloc(GHND, 1000));
+    for (const HGLOBAL handle : held) stale[GlobalLock(handle)] = handle;
+    for (const HGLOBAL handle : held) GlobalFree(handle);
+    int reused = 0;
+    for (HGLOBAL& handle : held) {
+        handle = GlobalAlloc(GHND, 1000);
+        const auto former = stale.find(GlobalLock(handle));
+        if (former == stale.end()) continue;
+        ++reused;
+        EXPECT_EQ(GlobalHandle(former->first), handle);
+        EXPECT_EQ(GlobalLock(former->second), nullptr);
+        EXPECT_EQ(GlobalFree(former->second), former->second);
+    }
+    for (const HGLOBAL handle : held) EXPECT_EQ(GlobalFree(handle), nullptr);
+#ifndef __SANITIZE_ADDRESS__  // which keeps freed memory back for long
+    EXPECT_GT(reused, 0);
+#endif
 }
 
 TEST(GlobalMemory, RefusesWhatIsNoHandle) {

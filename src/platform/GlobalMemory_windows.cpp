@@ -12,11 +12,11 @@ HGLOBAL AllocFixed(std::size_t bytes) {
 void* Lock(HGLOBAL handle) {
     return GlobalLock(handle);
 }
-void Unlock(HGLOBAL handle) {
-    GlobalUnlock(handle);
+bool Unlock(HGLOBAL handle) {
+    return GlobalUnlock(handle) != 0;
 }
-void Free(HGLOBAL handle) {
-    GlobalFree(handle);
+bool Free(HGLOBAL handle) {
+    return GlobalFree(handle) == nullptr;
 }
 HGLOBAL HandleOf(const void* address) {
     return GlobalHandle(address);

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <unordered_map>
+
+#include "platform/GlobalMemory.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TAVRIX_POISONS
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TAVRIX_POISONS
+#endif
+#endif
+#ifdef TAVRIX_POISONS
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(start, bytes) static_cast<void>(start)
+#endif
+
+namespace tavrix::platform {
+namespace {
+
+// A block's data starts at a multiple of kAlignment. The handle of a fixed block is that address. The handle
+// of a movable one is kHandleOffset past a multiple: a number that is not given out again, so that the
+// handle of a freed block names nothing even when its memory is in use once more.
+constexpr std::uintptr_t kAlignment = 64;
+constexpr std::uintptr_t kHandleOffset = 16;
+constexpr unsigned kMaxShownLocks = GMEM_LOCKCOUNT;
+
+struct Block {
+    HGLOBAL handle;
+    void* memory;  // what calloc gave; null for a discarded block
+    void* data;
+    std::size_t size;
+    unsigned locks;
+};
+
+// Blocks by handle and by data address, which are the same for fixed ones, spread over several maps so that
+// threads seldom wait for each other. What stands under a movable block's data address is a copy that only
+// tells the handle.
+struct Shard {
+    std::mutex mutex;
+    std::unordered_map<std::uintptr_t, Block> blocks;
+};
+
+std::uintptr_t NumberOf(const void* pointer) {
+    return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+bool IsMovable(HGLOBAL handle) {
+    return NumberOf(handle) % kAlignment == kHandleOffset;
+}
+
+Shard& ShardOf(std::uintptr_t key) {
+    // Never destroyed: hosts may free blocks while the process ends.
+    using Shards = std::array<Shard, 32>;
+    alignas(Shards) static unsigned char storage[sizeof(Shards)];
+    static auto& shards = *new (storage) Shards;
+    return shards[(key / kAlignment * 0x9E3779B1u >> 16) % shards.size()];
+}
+
+// False when the key is taken.
+bool Enter(std::uintptr_t key, const Block& block) {
+    Shard& shard = ShardOf(key);
+    const std::lock_guard guard(shard.mutex);
+    return shard.blocks.emplace(key, block).second;
+}
+
+void Strike(std::uintptr_t key) {
+    Shard& shard = ShardOf(key);
+    const std::lock_guard guard(shard.mutex);
+    shard.blocks.erase(key);
+}
+
+// Gives the block a handle of its own and enters it. Numbers come round again in a 32-bit process only, after
+// 67 million blocks; those still in use are passed over.
+void EnterMovable(Block& block) {
+    static constinit std::atomic<std::uintptr_t> next{kAlignment + kHandleOffset};
+    do {
+        block.handle = reinterpret_cast<HGLOBAL>(next.fetch_add(kAlignment, std::memory_order_relaxed));
+    } while (!Enter(NumberOf(block.handle), block));
+    if (block.data == nullptr) return;
+    try {
+        Enter(NumberOf(block.data), block);
+    } catch (...) {
+        Strike(NumberOf(block.handle));
+        throw;
+    }
+}
+
+// Runs action(block) under the lock of the block that the handle names; otherwise gives none.
+template <class Result, class Action>
+Result WithBlock(HGLOBAL handle, Result none, Action action) {
+    Shard& shard = ShardOf(NumberOf(handle));
+    const std::lock_guard guard(shard.mutex);
+    const auto found = shard.blocks.find(NumberOf(handle));
+    return found == shard.blocks.end() || found->second.handle != handle ? none : action(found->second);
+}
+
+// Memory for a block, its data zeroed and, where a sanitizer watches, fenced in.
+bool Reserve(std::size_t bytes, Block& block) {
+    if (bytes > SIZE_MAX - kAlignment) return false;
+    block.memory = std::calloc(1, bytes + kAlignment);
+    if (block.memory == nullptr) return false;
+    const std::uintptr_t start = NumberOf(block.memory);
+    const std::uintptr_t data = (start + kAlignment - 1) / kAlignment * kAlignment;
+    block.data = reinterpret_cast<void*>(data);
+    ASAN_POISON_MEMORY_REGION(block.memory, data - start);
+    ASAN_POISON_MEMORY_REGION(reinterpret_cast<char*>(data) + bytes, start + kAlignment - data);
+    return true;
+}
+
+}  // namespace
+
+HGLOBAL Alloc(unsigned flags, std::size_t bytes) try {
+    const bool isMovable = (flags & GMEM_MOVEABLE) != 0;
+    Block block{nullptr, nullptr, nullptr, bytes, 0};
+    if (isMovable && bytes == 0) {
+        EnterMovable(block);  // discarded: a handle without memory
+        return block.handle;
+    }
+    if (!Reserve(bytes, block)) return nullptr;
+    try {
+        if (isMovable) {
+            EnterMovable(block);
+        } else {
+            block.handle = block.data;
+            Enter(NumberOf(block.data), block);
+        }
+    } catch (...) {
+        std::free(block.memory);
+        return nullptr;
+    }
+    return block.handle;
+} catch (...) {
+    return nullptr;
+}
+
+HGLOBAL AllocMovable(std::size_t bytes) {
+    return Alloc(GHND, bytes);
+}
+
+HGLOBAL AllocFixed(std::size_t bytes) {
+    return Alloc(GPTR, bytes);
+}
+
+void* Lock(HGLOBAL handle) {
+    return WithBlock(handle, static_cast<void*>(nullptr), [](Block& block) {
+        if (IsMovable(block.handle) && block.data != nullptr) ++block.locks;
+        return block.data;
+    });
+}
+
+bool Unlock(HGLOBAL handle) {
+    return WithBlock(handle, false, [](Block& block) {
+        if (!IsMovable(block.handle)) return true;
+        if (block.locks > 0) --block.locks;
+        return block.locks > 0;
+    });
+}
+
+bool Free(HGLOBAL handle) {
+    const Block none{};
+    const Block freed = WithBlock(handle, none, [](Block& block) {
+        const Block copy = block;
+        ShardOf(NumberOf(copy.handle)).blocks.erase(NumberOf(copy.handle));
+        return copy;
+    });
+    if (freed.handle == nullptr) return false;
+    if (freed.data != nullptr && freed.data != freed.handle) Strike(NumberOf(freed.data));
+    std::free(freed.memory);
+    return true;
+}
+
+HGLOBAL HandleOf(const void* address) {
+    Shard& shard = ShardOf(NumberOf(address));
+    const std::lock_guard guard(shard.mutex);
+    const auto found = shard.blocks.find(NumberOf(address));
+    return found == shard.blocks.end() || found->second.data != address ? nullptr : found->second.handle;
+}
+
+std::size_t SizeOf(HGLOBAL handle) {
+    return WithBlock(handle, std::size_t{0}, [](Block& block) { return block.size; });
+}
+
+unsigned FlagsOf(HGLOBAL handle) {
+    return WithBlock(handle, static_cast<unsigned>(GMEM_INVALID_HANDLE), [](Block& block) {
+        if (block.data == nullptr) return static_cast<unsigned>(GMEM_DISCARDED);
+        return block.locks < kMaxShownLocks ? block.locks : kMaxShownLocks;
+    });
+}
+
+}  // namespace tavrix::platform
+
+// The exports. The library itself calls the functions above, so that it works on its own blocks even where
+// the program brings functions of these names.
+extern "C" {
+
+HGLOBAL GlobalAlloc(unsigned flags, std::size_t bytes) {
+    return tavrix::platform::Alloc(flags, bytes);
+}
+void* GlobalLock(HGLOBAL handle) {
+    return tavrix::platform::Lock(handle);
+}
+int GlobalUnlock(HGLOBAL handle) {
+    return tavrix::platform::Unlock(handle) ? 1 : 0;
+}
+HGLOBAL GlobalFree(HGLOBAL handle) {
+    return tavrix::platform::Free(handle) ? nullptr : handle;
+}
+HGLOBAL GlobalHandle(const void* address) {
+    return tavrix::platform::HandleOf(address);
+}
+std::size_t GlobalSize(HGLOBAL handle) {
+    return tavrix::platform::SizeOf(handle);
+}
+unsigned GlobalFlags(HGLOBAL handle) {
+    return tavrix::platform::FlagsOf(handle);
+}
+
+}  // extern "C"
