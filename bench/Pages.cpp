@@ -38,8 +38,7 @@ int HeightOf(const benchmark::State& state) {
 
 std::unique_ptr<DibImage> CardPage(int width, int height, int bitCount) {
     std::mt19937 random(7);
-    auto page = std::make_unique<DibImage>();
-    page->Create(width, height, bitCount);
+    auto page = DibImage::New(width, height, bitCount);
     const int bytes = bitCount / 8;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -54,8 +53,7 @@ std::unique_ptr<DibImage> CardPage(int width, int height, int bitCount) {
 
 std::unique_ptr<DibImage> BlackWhitePage(int width, int height) {
     const auto gray = CardPage(width, height, 8);
-    auto page = std::make_unique<DibImage>();
-    page->Create(width, height, 1);
+    auto page = DibImage::New(width, height, 1);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) page->SetBit(x, y, gray->Row(y)[x] > 128);
     }
@@ -65,8 +63,7 @@ std::unique_ptr<DibImage> BlackWhitePage(int width, int height) {
 std::unique_ptr<DibImage> NoisePage(int width, int height, double blackShare) {
     std::mt19937 random(7);
     std::bernoulli_distribution black(blackShare);
-    auto page = std::make_unique<DibImage>();
-    page->Create(width, height, 1);
+    auto page = DibImage::New(width, height, 1);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) page->SetBit(x, y, !black(random));
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Pages.h"
+#include "api/ImageTool.h"
 #include "binarize/Histogram.h"
 #include "binarize/LocalContrastBinarizer.h"
-#include "image/ImageTool.h"
 
 #ifdef TAVRIX_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
@@ -14,12 +14,11 @@ namespace {
 
 void Method(benchmark::State& state, std::uint32_t id) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
-    DibImage work;
-    work.Create(page->Width(), page->Height(), 8);
-    ImageTool tool(&work);
+    const auto work = DibImage::New(page->Width(), page->Height(), 8);
+    ImageTool tool(work.get());
     for (auto _ : state) {
         state.PauseTiming();
-        work.CopyBitsFrom(*page);
+        work->CopyBitsFrom(*page);
         state.ResumeTiming();
         tool.BinarizeByMethod(id);
         benchmark::ClobberMemory();
@@ -37,12 +36,11 @@ BENCHMARK_CAPTURE(Method, Isodata, 6u)->Name("Isodata")->Apply(PageSizes);
 // What the peer below does and the rule over it, without the threshold of the whole image.
 void LocalContrastWindows(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
-    DibImage work;
-    work.Create(page->Width(), page->Height(), 8);
-    LocalContrastBinarizer binarizer(&work);
+    const auto work = DibImage::New(page->Width(), page->Height(), 8);
+    LocalContrastBinarizer binarizer(work.get());
     for (auto _ : state) {
         state.PauseTiming();
-        work.CopyBitsFrom(*page);
+        work->CopyBitsFrom(*page);
         state.ResumeTiming();
         binarizer.CompareWithWindows(128);
         benchmark::ClobberMemory();

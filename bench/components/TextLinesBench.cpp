@@ -8,8 +8,8 @@
 #include <random>
 
 #include "Pages.h"
+#include "api/ImageTool.h"
 #include "components/ComponentStore.h"
-#include "image/ImageTool.h"
 #include "lines/TextLineGrouper.h"
 
 namespace tavrix::bench {
@@ -21,8 +21,7 @@ constexpr GroupingOptions kOneLine{0, 0, 1};
 template <class Draw>
 std::unique_ptr<DibImage> Cells(int n, int pitch, Draw&& draw) {
     const int perRow = static_cast<int>(std::ceil(std::sqrt(n)));
-    auto page = std::make_unique<DibImage>();
-    page->Create(perRow * pitch, perRow * pitch, 1);
+    auto page = DibImage::New(perRow * pitch, perRow * pitch, 1);
     std::fill_n(page->bits, page->RowBytes() * static_cast<unsigned>(page->Height()), std::uint8_t{0xFF});
     for (int i = 0; i < n; ++i) draw(*page, i % perRow * pitch, i / perRow * pitch);
     return page;

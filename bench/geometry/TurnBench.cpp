@@ -21,12 +21,11 @@ namespace {
 void GrayQuarterTurn(benchmark::State& state) {
     const int width = WidthOf(state), height = HeightOf(state);
     const auto page = CardPage(width, height, 8);
-    DibImage turned;
-    turned.Create(height, width, 8);
-    const std::ptrdiff_t stride = turned.RowBytes();
+    const auto turned = DibImage::New(height, width, 8);
+    const std::ptrdiff_t stride = turned->RowBytes();
     for (auto _ : state) {
         platform::KernelsOf<TurnKernels>().transposeBytes(page->bits, page->RowBytes(), width, height,
-                                                          turned.Row(width - 1), -stride);
+                                                          turned->Row(width - 1), -stride);
         benchmark::ClobberMemory();
     }
     CountPixels(state);
@@ -41,7 +40,7 @@ void TurnOneBit(benchmark::State& state) {
     const auto top = static_cast<std::int16_t>(page->Height() - 1);
     for (auto _ : state) {
         RotationTool tool(page.get());
-        const std::unique_ptr<DibImage> turned(tool.RotateBlock({0, top, right, 0, 0}, kCode, new DibImage));
+        const auto turned = tool.RotateBlock({0, top, right, 0, 0}, kCode);
         benchmark::DoNotOptimize(turned->bits);
     }
     CountPixels(state);
@@ -54,12 +53,11 @@ void MirrorOneBit(benchmark::State& state) {
     const auto page = BlackWhitePage(WidthOf(state), HeightOf(state));
     const auto reverseBits = platform::KernelsOf<TurnKernels>().reverseBits;
     for (auto _ : state) {
-        DibImage mirrored;
-        mirrored.Create(page->Width(), page->Height(), 1);
+        const auto mirrored = DibImage::New(page->Width(), page->Height(), 1);
         for (int y = 0; y < page->Height(); ++y) {
-            reverseBits(page->Row(y), 0, page->Width(), mirrored.Row(y));
+            reverseBits(page->Row(y), 0, page->Width(), mirrored->Row(y));
         }
-        benchmark::DoNotOptimize(mirrored.bits);
+        benchmark::DoNotOptimize(mirrored->bits);
     }
     CountPixels(state);
 }
@@ -70,8 +68,7 @@ void RotateFree30(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), kBits);
     for (auto _ : state) {
         RotationTool tool(page.get());
-        const std::unique_ptr<DibImage> turned(kBits == 8 ? tool.RotateFreeGray(30, 0, page.get())
-                                                          : tool.RotateFreeColor(30, 0, page.get()));
+        const auto turned = kBits == 8 ? tool.RotateFreeGray(30, 0) : tool.RotateFreeColor(30, 0);
         benchmark::DoNotOptimize(turned->bits);
     }
     CountPixels(state);

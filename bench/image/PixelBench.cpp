@@ -15,10 +15,9 @@ namespace {
 
 void Gray(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 24);
-    DibImage gray;
-    gray.Create(page->Width(), page->Height(), 8);
+    const auto gray = DibImage::New(page->Width(), page->Height(), 8);
     for (auto _ : state) {
-        page->ConvertToGray(gray);
+        page->ConvertToGray(*gray);
         benchmark::ClobberMemory();
     }
     CountPixels(state);

@@ -8,9 +8,9 @@ using namespace tavrix;
 
 extern "C" int32_t TAVRIX_CALL Binarized(HGLOBAL handle, DibRecord* result, int32_t mode) {
     constexpr int32_t kRefused = -1;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        api::ImagePtr image = api::Wrap(handle, api::kAnyDepth);
+        ImagePtr image = api::Wrap(handle, api::kAnyDepth);
         if (!image) return kRefused;
         if (image->Is1Bit()) return image->ExportToRecord(result) ? 1 : kRefused;
         image = api::ToGray(std::move(image));

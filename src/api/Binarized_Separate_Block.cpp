@@ -7,9 +7,9 @@ using namespace tavrix;
 
 extern "C" int32_t TAVRIX_CALL Binarized_Separate_Block(HGLOBAL handle, DibRecord* result, int32_t mode) {
     constexpr int32_t kRefused = -1;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        const api::ImagePtr image = api::Wrap(handle, api::k1Bit | api::k8Bit);
+        const ImagePtr image = api::Wrap(handle, api::k1Bit | api::k8Bit);
         if (!image) return kRefused;
         if (image->Is1Bit()) return image->ExportToRecord(result) ? 1 : kRefused;
 

@@ -3,6 +3,7 @@
 
 #include "api/ExportFrame.h"
 #include "geometry/WhiteSurround.h"
+#include "image/HostBlock.h"
 #include "platform/GlobalMemory.h"
 
 using namespace tavrix;
@@ -16,12 +17,12 @@ constexpr int kComfortableSide = 32;  // a smaller side calls for a wider margin
 
 extern "C" int16_t TAVRIX_CALL CopyImgWithWhiteSurr(DibRecord* image, int32_t* marginSteps) {
     constexpr int16_t kDone = 0;
-    return api::Guarded(kDone, [&] {
+    return Guarded(kDone, [&] {
         if (image == nullptr) return kDone;
-        const api::ImagePtr old = api::Wrap(*image, api::k1Bit);
+        const ImagePtr old = api::Wrap(*image, api::k1Bit);
         if (!old) return kDone;
         const HGLOBAL block = platform::HandleOf(image->header);
-        if (platform::SizeOf(block) < kHeaderBytes + TableBytesOf(1) + old->header->biSizeImage) return kDone;
+        if (platform::SizeOf(block) < BlockBytesOf(1, old->header->biSizeImage)) return kDone;
         const int smallerSide = std::min(old->Width(), old->Height());
         const bool isSmall = smallerSide < kComfortableSide;
         if (isSmall && marginSteps == nullptr) return kDone;
@@ -32,8 +33,7 @@ extern "C" int16_t TAVRIX_CALL CopyImgWithWhiteSurr(DibRecord* image, int32_t* m
         DibRecord surrounded{};
         if (!SurroundWithWhite(*old, margin, &surrounded)) return kDone;
         if (isSmall) *marginSteps = steps;
-        platform::Unlock(block);
-        platform::Free(block);
+        FreeHostBlock(block);
         *image = surrounded;
         return kDone;
     });

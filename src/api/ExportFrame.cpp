@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "api/ExportFrame.h"
 
-#include <new>
-
 #include "platform/GlobalMemory.h"
 
 namespace tavrix::api {
@@ -28,18 +26,14 @@ bool IsAcceptable(const BITMAPINFOHEADER& header, unsigned depths) {
            header.biSizeImage == RowBytesOf(header.biBitCount, header.biWidth) * header.biHeight;
 }
 
-std::size_t BlockBytesOf(const BITMAPINFOHEADER& header) {
-    return kHeaderBytes + TableBytesOf(header.biBitCount) + header.biSizeImage;
-}
-
 }  // namespace
 
 ImagePtr Wrap(HGLOBAL handle, unsigned depths) {
     const std::size_t blockBytes = platform::SizeOf(handle);
     if (blockBytes < kHeaderBytes) return nullptr;
-    ImagePtr image(new (std::nothrow) DibImage(handle));
-    if (!image || image->header == nullptr || !IsAcceptable(*image->header, depths) ||
-        blockBytes < BlockBytesOf(*image->header)) {
+    ImagePtr image = DibImage::Borrow(handle);
+    if (!image || !IsAcceptable(*image->header, depths) ||
+        blockBytes < BlockBytesOf(image->header->biBitCount, image->header->biSizeImage)) {
         return nullptr;
     }
     return image;
@@ -50,14 +44,13 @@ ImagePtr Wrap(const DibRecord& record, unsigned depths) {
         !IsAcceptable(*record.header, depths)) {
         return nullptr;
     }
-    return ImagePtr(new (std::nothrow) DibImage(record.header, record.palette, record.bits));
+    return DibImage::Borrow(record);
 }
 
 ImagePtr ToGray(ImagePtr image) {
     if (!image->Is24Bit()) return image;
-    ImagePtr gray(new (std::nothrow) DibImage);
-    if (!gray || !gray->Create(image->Width(), image->Height(), 8)) return nullptr;
-    image->ConvertToGray(*gray);
+    ImagePtr gray = DibImage::New(image->Width(), image->Height(), 8);
+    if (gray) image->ConvertToGray(*gray);
     return gray;
 }
 

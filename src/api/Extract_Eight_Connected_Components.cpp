@@ -7,8 +7,8 @@ extern "C" uint8_t TAVRIX_CALL Extract_Eight_Connected_Components(DibRecord reco
                                                                   int32_t mode, int32_t growX,
                                                                   int32_t growY) {
     constexpr uint8_t kRefused = 0;
-    return api::Guarded(kRefused, [&] {
-        const api::ImagePtr image = api::Wrap(record, api::k1Bit);
+    return Guarded(kRefused, [&] {
+        const ImagePtr image = api::Wrap(record, api::k1Bit);
         if (!image || store == nullptr || (mode != 1 && mode != 2)) return kRefused;
         ImageTool tool(image.get());
         return uint8_t{tool.ExtractComponents(store, static_cast<uint32_t>(mode), growX, growY)};

@@ -5,8 +5,8 @@ using namespace tavrix;
 
 extern "C" LogoRect TAVRIX_CALL FindCardLogo(DibRecord record, ComponentStore store) {
     constexpr LogoRect kNone{};
-    return api::Guarded(kNone, [&] {
-        const api::ImagePtr image = api::Wrap(record, api::k1Bit);
+    return Guarded(kNone, [&] {
+        const ImagePtr image = api::Wrap(record, api::k1Bit);
         if (!image) return kNone;
         ImageTool tool(image.get());
         LogoRect logo{};

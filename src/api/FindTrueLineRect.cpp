@@ -19,9 +19,9 @@ struct PrivateStore : ComponentStore {
 extern "C" TrueLineRect TAVRIX_CALL FindTrueLineRect(const DibRecord* record,
                                                      const GroupingOptions* options) {
     constexpr TrueLineRect kNone{};
-    return api::Guarded(kNone, [&] {
+    return Guarded(kNone, [&] {
         if (record == nullptr || options == nullptr) return kNone;
-        const api::ImagePtr image = api::Wrap(*record, api::k1Bit);
+        const ImagePtr image = api::Wrap(*record, api::k1Bit);
         if (!image) return kNone;
 
         PrivateStore components;

@@ -8,8 +8,8 @@ extern "C" uint8_t TAVRIX_CALL Grouping(DibRecord record, ComponentStore* store,
                                         uint32_t) {
     constexpr uint8_t kRefused = 0;
     constexpr int32_t kTextLines = 3;  // the one mode that has options
-    return api::Guarded(kRefused, [&] {
-        const api::ImagePtr image = api::Wrap(record, api::k1Bit);
+    return Guarded(kRefused, [&] {
+        const ImagePtr image = api::Wrap(record, api::k1Bit);
         if (!image || store == nullptr || (mode == kTextLines && options == nullptr)) return kRefused;
         ImageTool tool(image.get());
         if (mode == kTextLines) {

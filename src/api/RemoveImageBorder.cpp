@@ -5,11 +5,11 @@ using namespace tavrix;
 
 extern "C" uint8_t TAVRIX_CALL RemoveImageBorder(HGLOBAL handle, DibRecord* result) {
     constexpr uint8_t kDelivered = 1, kRefused = 0;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        const api::ImagePtr image = api::Wrap(handle, api::kAnyDepth);
+        const ImagePtr image = api::Wrap(handle, api::kAnyDepth);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        return tool.RemoveBorder(image.get())->ExportToRecord(result) ? kDelivered : kRefused;
+        return tool.RemoveBorder()->ExportToRecord(result) ? kDelivered : kRefused;
     });
 }

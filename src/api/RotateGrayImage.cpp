@@ -5,12 +5,12 @@ using namespace tavrix;
 
 extern "C" int16_t TAVRIX_CALL RotateGrayImage(HGLOBAL handle, int32_t angle, DibRecord* result) {
     constexpr int16_t kDelivered = 1, kRefused = -1;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        api::ImagePtr image = api::Wrap(handle, api::k8Bit);
+        const ImagePtr image = api::Wrap(handle, api::k8Bit);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const api::ImagePtr turned(tool.RotateGray(angle, image.release()));
+        const ImagePtr turned = tool.RotateGray(angle);
         return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
     });
 }

@@ -6,14 +6,12 @@ using namespace tavrix;
 extern "C" int16_t TAVRIX_CALL RotateImageBlock(DibRecord source, BlockRect block, int32_t code,
                                                 DibRecord* result) {
     constexpr int16_t kDelivered = 1, kRefused = -1;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        const api::ImagePtr image = api::Wrap(source, api::k1Bit);
+        const ImagePtr image = api::Wrap(source, api::k1Bit);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        auto target = std::make_unique<DibImage>();
-        const api::ImagePtr turned(
-            tool.RotateBlock(block, static_cast<std::uint32_t>(code), target.release()));
+        const ImagePtr turned = tool.RotateBlock(block, static_cast<uint32_t>(code));
         return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
     });
 }

@@ -6,12 +6,12 @@ using namespace tavrix;
 extern "C" int16_t TAVRIX_CALL RotateImageFree(HGLOBAL handle, double angle, int32_t clockwise,
                                                DibRecord* result) {
     constexpr int16_t kDelivered = 1, kRefused = -1;
-    return api::Guarded(kRefused, [&] {
+    return Guarded(kRefused, [&] {
         if (result == nullptr) return kRefused;
-        const api::ImagePtr image = api::Wrap(handle, api::kAnyDepth);
+        const ImagePtr image = api::Wrap(handle, api::kAnyDepth);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const api::ImagePtr turned(tool.RotateByAngle(angle, clockwise, image.get()));
+        const ImagePtr turned = tool.RotateByAngle(angle, clockwise);
         return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
     });
 }

@@ -4,10 +4,12 @@
 #include <cstdint>
 
 #include "geometry/Rotator.h"
+#include "image/Rect.h"
 
 namespace tavrix {
 
-// The rotations, built around one image for one operation.
+// The rotations, built around one image for one operation. What they give is a new image of the caller's;
+// the image turned stays.
 class RotationTool : public Rotator {
   public:
     explicit RotationTool(DibImage* image);
@@ -15,38 +17,34 @@ class RotationTool : public Rotator {
     RotationTool& operator=(const RotationTool&) = delete;
 
     bool RotateNodeRect(ComponentNode* node, std::uint16_t code) override;
-    DibImage* RotateBlock(BlockRect block, std::uint16_t code, DibImage* target) override;
-    DibImage* RotateOneBit(DibImage* image, int angle) override;
+    ImagePtr RotateBlock(const BlockRect& block, std::uint16_t code) override;
+    ImagePtr RotateOneBit(const DibImage& source, int angle) override;
     // Maps a rectangle in place through the turn of code 1, 2 or 3; others leave it. The mapping counts
     // from width and height, so that a mapped rectangle lies one pixel further along than its pixels.
     // Sides are put in order afterwards. 16-bit arithmetic. Always true.
     virtual bool RotateRect(BlockRect* rect, std::uint16_t code);
 
     // Turns a whole 1-bit image upside down (mode 1) or mirrors it left to right (mode 2), keeping header
-    // and colour table, and releases it. Null, with the image left alone, for another mode or when memory
-    // runs out.
-    DibImage* FlipOneBit(int mode, DibImage* image);
+    // and colour table. Null for another mode or when memory runs out.
+    ImagePtr FlipOneBit(int mode, const DibImage& source);
 
-    // A quarter turn of an 8-bit image, clockwise; only for an angle whose low 16 bits are 90. Releases
-    // the image in every case. Null for another angle or when memory runs out.
-    DibImage* RotateGray(DibImage* image, std::int32_t angle);
-    DibImage* RotateGrayQuarter(DibImage* image);
+    // The 8-bit image turned a quarter clockwise; only for an angle whose low 16 bits are 90. Null for
+    // another angle or when memory runs out.
+    ImagePtr RotateGray(std::int32_t angle);
+    ImagePtr RotateGrayQuarter();  // also writes the diagnostic copy
 
-    // Turns an image about its centre by an angle in degrees, counter-clockwise unless the low 16 bits of
-    // clockwise say otherwise, with bilinear interpolation on white. A negative angle turns the other
-    // way; one above 90 is taken modulo 360. The result holds the whole turned picture; it has the
-    // standard colour table and 400 dots per inch. Null when the angle is not finite, a side passes
-    // kMaxSide or memory runs out. The image stays.
-    // Gray: 8 bits; a 1-bit image gives a black one of the turned size.
-    DibImage* RotateFreeGray(double angle, std::int32_t clockwise, const DibImage* image);
-    // 24 bits, with sine and cosine in single precision.
-    DibImage* RotateFreeColor(double angle, std::int32_t clockwise, const DibImage* image);
+    // The image turned freely (FreeRotation.h): one of 1 or 8 bits, or of 24.
+    ImagePtr RotateFreeGray(double angle, std::int32_t clockwise);
+    ImagePtr RotateFreeColor(double angle, std::int32_t clockwise);
 
     DibImage* image;  // borrowed
     std::int32_t width;
     std::uint32_t rowBytes;
     std::int32_t height;
     std::uint32_t bitCount;
+
+  private:
+    Rect Mapped(const Rect& rect, std::uint16_t code) const;
 };
 
 }  // namespace tavrix

@@ -6,7 +6,7 @@
 
 #include "geometry/TurnKernels.h"
 #include "image/DibImage.h"
-#include "platform/GlobalMemory.h"
+#include "image/HostBlock.h"
 
 namespace tavrix {
 namespace {
@@ -24,12 +24,9 @@ bool SurroundWithWhite(const DibImage& image, int margin, DibRecord* result) {
     std::vector<std::uint8_t> row(1 + imageBytes, kWhiteByte);
     const int lead = margin % 8, count = lead + image.Width();
 
-    const HGLOBAL block = platform::AllocMovable(kHeaderBytes + TableBytesOf(1) + pixels);
-    auto* bytes = static_cast<std::uint8_t*>(platform::Lock(block));
-    if (bytes == nullptr) return false;
-    *result = {reinterpret_cast<BITMAPINFOHEADER*>(bytes), reinterpret_cast<RGBQUAD*>(bytes + kHeaderBytes),
-               bytes + kHeaderBytes + TableBytesOf(1)};
-    BITMAPINFOHEADER& header = *result->header;
+    const DibRecord block = NewHostBlock(1, pixels);
+    if (block.header == nullptr) return false;
+    BITMAPINFOHEADER& header = *block.header;
     header.biSize = kHeaderBytes;
     header.biWidth = width;
     header.biHeight = height;
@@ -39,16 +36,17 @@ bool SurroundWithWhite(const DibImage& image, int margin, DibRecord* result) {
     header.biXPelsPerMeter = image.header->biXPelsPerMeter;
     header.biYPelsPerMeter = image.header->biYPelsPerMeter;
     header.biClrUsed = ColourCountOf(1);
-    result->palette[1] = {255, 255, 255, 0};
+    block.palette[1] = {255, 255, 255, 0};
 
-    std::memset(result->bits, kWhiteByte, pixels);
+    std::memset(block.bits, kWhiteByte, pixels);
     const auto copyBits = platform::KernelsOf<TurnKernels>().copyBits;
     for (int y = 0; y < image.Height() && image.Width() > 0; ++y) {
         std::memcpy(row.data() + 1, image.Row(y), imageBytes);
-        std::uint8_t* target = result->bits + rowBytes * (y + margin) + margin / 8;
+        std::uint8_t* target = block.bits + rowBytes * (y + margin) + margin / 8;
         copyBits(row.data(), 8 - lead, count, target);
         if (count % 8 != 0) target[count / 8] |= static_cast<std::uint8_t>(kWhiteByte >> count % 8);
     }
+    *result = block;
     return true;
 }
 

@@ -3,8 +3,12 @@
 
 #include <cstring>
 #include <limits>
+#include <new>
+#include <utility>
 
+#include "image/HostBlock.h"
 #include "image/PixelKernels.h"
+#include "image/WriteBmp.h"
 #include "platform/GlobalMemory.h"
 
 namespace tavrix {
@@ -13,8 +17,47 @@ namespace {
 constexpr RGBQUAD kWhite{255, 255, 255, 0};
 constexpr double kDefaultResolution = 400.0;  // dots per inch
 constexpr double kResolutionFactor = 254.0;
+// Limits of packing: greater gray values become white.
+constexpr std::uint8_t kNonzeroIsWhite = 0;
+constexpr std::uint8_t kAboveOneIsWhite = 1;
+
+// Turns the header of an 8-bit image into that of a 1-bit one of its size.
+void MakeOneBit(BITMAPINFOHEADER& header) {
+    header.biBitCount = 1;
+    header.biSizeImage = static_cast<std::uint32_t>(RowBytesOf(1, header.biWidth) * header.biHeight);
+    header.biClrUsed = 2;
+}
+
+// Packs 8-bit rows into the rows of a 1-bit image of this header.
+void PackRows(const std::uint8_t* source, std::size_t sourceRowBytes, std::uint8_t limit,
+              const BITMAPINFOHEADER& header, std::uint8_t* target) {
+    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
+    const std::size_t rowBytes = RowBytesOf(1, header.biWidth);
+    for (int y = 0; y < header.biHeight; ++y) {
+        packAbove(source + sourceRowBytes * y, header.biWidth, limit, target + rowBytes * y);
+    }
+}
 
 }  // namespace
+
+ImagePtr DibImage::Borrow(HGLOBAL handle) {
+    ImagePtr image(new (std::nothrow) DibImage(handle));
+    return image && image->header != nullptr ? std::move(image) : nullptr;
+}
+
+ImagePtr DibImage::Borrow(const DibRecord& record) {
+    return ImagePtr(new (std::nothrow) DibImage(record.header, record.palette, record.bits));
+}
+
+ImagePtr DibImage::New(int width, int height, int bitCount) {
+    ImagePtr image(new (std::nothrow) DibImage);
+    return image && image->Create(width, height, bitCount) ? std::move(image) : nullptr;
+}
+
+ImagePtr DibImage::BlankLike(const DibImage& other) {
+    ImagePtr image(new (std::nothrow) DibImage(&other));
+    return image && image->bits != nullptr ? std::move(image) : nullptr;
+}
 
 DibImage::DibImage(const HGLOBAL& hostHandle) : handle(hostHandle), ownsHandle(false) {
     Lock();
@@ -25,12 +68,12 @@ DibImage::DibImage(BITMAPINFOHEADER* hostHeader, RGBQUAD* hostPalette, std::uint
 
 DibImage::DibImage(const DibImage* other) {
     const BITMAPINFOHEADER& format = *other->header;
-    handle = platform::AllocMovable(kHeaderBytes + TableBytesOf(format.biBitCount) + format.biSizeImage);
-    auto* block = static_cast<std::uint8_t*>(platform::Lock(handle));
+    handle = platform::AllocMovable(BlockBytesOf(format.biBitCount, format.biSizeImage));
+    void* block = platform::Lock(handle);
     if (block == nullptr) return;
     std::memcpy(block, other->header, kHeaderBytes);
     PointInto(block);
-    if (format.biBitCount <= 8) std::memcpy(palette, other->palette, 4 * std::size_t{format.biClrUsed});
+    std::memcpy(palette, other->palette, TableBytesOf(format.biBitCount));
 }
 
 DibImage::~DibImage() {
@@ -38,10 +81,10 @@ DibImage::~DibImage() {
 }
 
 void DibImage::PointInto(void* block) {
-    auto* bytes = static_cast<std::uint8_t*>(block);
-    header = reinterpret_cast<BITMAPINFOHEADER*>(bytes);
-    palette = reinterpret_cast<RGBQUAD*>(bytes + kHeaderBytes);
-    bits = bytes + kHeaderBytes + TableBytesOf(header->biBitCount);
+    const DibRecord parts = PartsOf(block, static_cast<BITMAPINFOHEADER*>(block)->biBitCount);
+    header = parts.header;
+    palette = parts.palette;
+    bits = parts.bits;
 }
 
 bool DibImage::Lock() {
@@ -72,7 +115,7 @@ bool DibImage::Release() {
 
 bool DibImage::Create(int width, int height, int bitCount, double xResolution, double yResolution) {
     const std::uint64_t size = std::uint64_t{RowBytesOf(bitCount, width)} * height;
-    const std::uint64_t total = kHeaderBytes + TableBytesOf(bitCount) + size;
+    const std::uint64_t total = BlockBytesOf(bitCount, 0) + size;
     handle = nullptr;
     if (width < 0 || height < 0 || total > std::numeric_limits<std::int32_t>::max()) return false;
     handle = platform::AllocFixed(static_cast<std::size_t>(total));
@@ -135,68 +178,42 @@ bool DibImage::SetBit(int x, int y, int on) {
     return true;
 }
 
-bool DibImage::ExportToHandle(HGLOBAL* result) const {
-    const std::size_t table = 4 * std::size_t{header->biClrUsed};
-    const HGLOBAL copy =
-        platform::AllocMovable(kHeaderBytes + TableBytesOf(header->biBitCount) + header->biSizeImage);
-    auto* block = static_cast<std::uint8_t*>(platform::Lock(copy));
-    if (block == nullptr) return false;
-    std::memcpy(block, header, kHeaderBytes);
-    std::memcpy(block + kHeaderBytes, palette, table);
-    std::memcpy(block + kHeaderBytes + table, bits, header->biSizeImage);
-    *result = copy;
+bool DibImage::ExportToRecord(DibRecord* record) const {
+    const DibRecord copy = NewHostBlock(header->biBitCount, header->biSizeImage);
+    if (copy.header == nullptr) return false;
+    std::memcpy(copy.header, header, kHeaderBytes);
+    std::memcpy(copy.palette, palette, TableBytesOf(header->biBitCount));
+    std::memcpy(copy.bits, bits, header->biSizeImage);
+    *record = copy;
     return true;
 }
 
-bool DibImage::ExportToRecord(DibRecord* record) const {
-    HGLOBAL copy = nullptr;
-    if (!ExportToHandle(&copy)) return false;
-    auto* block = static_cast<std::uint8_t*>(platform::Lock(copy));
-    platform::Unlock(copy);  // the second lock; the first stays
-    record->header = reinterpret_cast<BITMAPINFOHEADER*>(block);
-    record->palette = reinterpret_cast<RGBQUAD*>(block + kHeaderBytes);
-    record->bits = block + kHeaderBytes + 4 * std::size_t{header->biClrUsed};
+bool DibImage::ExportToHandle(HGLOBAL* result) const {
+    DibRecord copy{};
+    if (!ExportToRecord(&copy)) return false;
+    *result = platform::HandleOf(copy.header);
     return true;
 }
 
 bool DibImage::ExportOneBit(DibRecord* record, bool needsPacking) const {
+    if (!needsPacking) return ExportToRecord(record);
     const std::size_t rowBytes = RowBytesOf(1, Width());
-    const std::size_t size = needsPacking ? rowBytes * Height() : header->biSizeImage;
-    const HGLOBAL copy = platform::AllocMovable(kHeaderBytes + TableBytesOf(1) + size);
-    auto* block = static_cast<std::uint8_t*>(platform::Lock(copy));
-    if (block == nullptr) return false;
-    record->header = reinterpret_cast<BITMAPINFOHEADER*>(block);
-    record->palette = reinterpret_cast<RGBQUAD*>(block + kHeaderBytes);
-    record->bits = block + kHeaderBytes + TableBytesOf(1);
-    std::memcpy(record->header, header, kHeaderBytes);
-    if (!needsPacking) {
-        std::memcpy(record->palette, palette, TableBytesOf(1));
-        std::memcpy(record->bits, bits, size);
-        return true;
-    }
-    record->header->biBitCount = 1;
-    record->header->biSizeImage = static_cast<std::uint32_t>(size);
-    record->header->biClrUsed = 2;
-    record->palette[1] = kWhite;
-    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
-    for (int y = 0; y < Height(); ++y) {
-        packAbove(Row(y), Width(), 0, record->bits + rowBytes * y);
-    }
+    const DibRecord packed = NewHostBlock(1, rowBytes * Height());
+    if (packed.header == nullptr) return false;
+    std::memcpy(packed.header, header, kHeaderBytes);
+    MakeOneBit(*packed.header);
+    packed.palette[1] = kWhite;
+    PackRows(bits, RowBytes(), kNonzeroIsWhite, *packed.header, packed.bits);
+    *record = packed;
     return true;
 }
 
 bool DibImage::PackToOneBit(const std::uint8_t* source) {
     const std::size_t sourceRowBytes = RowBytes();
-    const std::size_t rowBytes = RowBytesOf(1, Width());
-    header->biBitCount = 1;
-    header->biSizeImage = static_cast<std::uint32_t>(rowBytes * Height());
-    header->biClrUsed = 2;
+    MakeOneBit(*header);
     palette[1] = {255, 255, 255, palette[1].rgbReserved};
     std::memset(bits, 0, header->biSizeImage);
-    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
-    for (int y = 0; y < Height(); ++y) {
-        packAbove(source + sourceRowBytes * y, Width(), 1, bits + rowBytes * y);
-    }
+    PackRows(source, sourceRowBytes, kAboveOneIsWhite, *header, bits);
     return true;
 }
 
@@ -209,6 +226,10 @@ bool DibImage::ConvertToGray(DibImage& gray) const {
     const auto grayRow = platform::KernelsOf<PixelKernels>().grayRow;
     for (int y = 0; y < Height(); ++y) grayRow(Row(y), Width(), gray.Row(y));
     return true;
+}
+
+bool DibImage::WriteBmp(const char* path) const {
+    return WriteBmpFile(path, *header, palette, bits);
 }
 
 }  // namespace tavrix

@@ -10,25 +10,39 @@
 
 namespace tavrix {
 
+class DibImage;
+// An image of the caller's. A function that takes one over, or gives one away, says so by this type; every
+// other pointer or reference to an image is borrowed.
+using ImagePtr = std::unique_ptr<DibImage>;
+
 // One packed device-independent bitmap in global memory (layout: tavrix.h). The wrapper either borrows a
-// host's block, locking it while it lives, or owns a block of its own. Rows are never flipped: y is the
-// index of the stored row.
+// host's block or owns a block of its own, which goes with it. Rows are never flipped: y is the index of the
+// stored row.
 class DibImage {
   public:
-    DibImage() = default;                      // empty; Create follows
-    explicit DibImage(const HGLOBAL& handle);  // borrows and locks a host's block
-    DibImage(BITMAPINFOHEADER* header, RGBQUAD* palette, std::uint8_t* bits);  // borrows, locks nothing
-    // A blank image of another image's format: its header and colour table, pixels zero (black). `bits` is
-    // null when memory runs out.
+    // Ways to an image; null when memory runs out or a handle names no block.
+    // Borrows a host's block, locked while the wrapper lives, or what a record points to.
+    [[nodiscard]] static ImagePtr Borrow(HGLOBAL handle);
+    [[nodiscard]] static ImagePtr Borrow(const DibRecord& record);
+    // A black image with its standard colour table, at 400 dots per inch.
+    [[nodiscard]] static ImagePtr New(int width, int height, int bitCount);
+    // A black image with the header and colour table of another one.
+    [[nodiscard]] static ImagePtr BlankLike(const DibImage& other);
+
+    // The same as constructors. What they leave null says that they failed: header and bits of a borrowed
+    // handle, bits of a blank image. An empty image waits for Create.
+    DibImage() = default;
+    explicit DibImage(const HGLOBAL& handle);
+    DibImage(BITMAPINFOHEADER* header, RGBQUAD* palette, std::uint8_t* bits);
     explicit DibImage(const DibImage* other);
     virtual ~DibImage();
     DibImage(const DibImage&) = delete;
     DibImage& operator=(const DibImage&) = delete;
 
     // Allocates a zeroed block; false when that fails. Resolutions are in dots per inch, stored times 254.
-    bool Create(int width, int height, int bitCount, double xResolution, double yResolution);
+    [[nodiscard]] bool Create(int width, int height, int bitCount, double xResolution, double yResolution);
     // The same at 400 dots per inch and with a colour table.
-    bool Create(int width, int height, int bitCount);
+    [[nodiscard]] bool Create(int width, int height, int bitCount);
     // Black and white for 2 entries, the gray ramp for 256, else nothing.
     void InitPalette();
 
@@ -48,23 +62,25 @@ class DibImage {
     bool SetPixel(int x, int y, int value);
     bool SetBit(int x, int y, int on);  // 1-bit images only
 
-    bool Lock();
+    bool Lock();     // of the block that the handle names; false when it names none
     void Detach();   // forgets header and bits without unlocking
-    bool Release();  // unlocks a host's block or frees an own one; true in every case
+    bool Release();  // unlocks a host's block or frees an own one, as the destructor does; always true
 
-    // Copies for the host: one new movable block, left locked once. False, with the target left alone,
-    // when memory runs out.
-    bool ExportToRecord(DibRecord* record) const;
-    bool ExportToHandle(HGLOBAL* handle) const;
+    // Hand-over to the host: one new movable block, which the host owns, left locked once. False, with the
+    // target left alone, when memory runs out.
+    [[nodiscard]] bool ExportToRecord(DibRecord* record) const;
+    [[nodiscard]] bool ExportToHandle(HGLOBAL* handle) const;
     // A 1-bit copy: of this 1-bit image, or (needsPacking) of this 8-bit one with nonzero pixels white.
-    bool ExportOneBit(DibRecord* record, bool needsPacking) const;
+    [[nodiscard]] bool ExportOneBit(DibRecord* record, bool needsPacking) const;
 
-    // Turns this 8-bit image into a 1-bit one inside its block. The source has this image's 8-bit row
-    // length and may not overlap it; values above 1 become white.
+    // Turns this 8-bit image into a 1-bit one inside its block: values above 1 of the source become white.
+    // The source has this image's size and 8-bit row length and may not overlap it. Always true.
     bool PackToOneBit(const std::uint8_t* source);
     bool PackToOneBit(const DibImage& source) { return PackToOneBit(source.bits); }
+    // Copies the pixel rows of an image of this format and size. Always true.
     bool CopyBitsFrom(const DibImage& source);
     // Fills an 8-bit image of the same size from this 24-bit one: trunc(0.299 R + 0.587 G + 0.114 B + 0.5).
+    // Always true.
     bool ConvertToGray(DibImage& gray) const;
     // Writes a Windows bitmap file. False when the file cannot be made (silently) or written (message).
     bool WriteBmp(const char* path) const;

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// Sizes of a packed device-independent bitmap. Arithmetic is in 64 bits; the sides that the library
+#include "tavrix/tavrix.h"
+
+// Sizes and parts of a packed device-independent bitmap. Arithmetic is in 64 bits; the sides that the library
 // works on are at most kMaxSide pixels.
 namespace tavrix {
 
@@ -23,6 +25,18 @@ constexpr std::uint32_t ColourCountOf(unsigned bitCount) {
 
 constexpr std::size_t TableBytesOf(unsigned bitCount) {
     return 4 * std::size_t{ColourCountOf(bitCount)};
+}
+
+// Bytes of a whole block: header, colour table and pixel rows of so many bytes.
+constexpr std::size_t BlockBytesOf(unsigned bitCount, std::size_t pixelBytes) {
+    return kHeaderBytes + TableBytesOf(bitCount) + pixelBytes;
+}
+
+// Where header, colour table and pixel rows lie in a block.
+inline DibRecord PartsOf(void* block, unsigned bitCount) {
+    auto* bytes = static_cast<std::uint8_t*>(block);
+    return {reinterpret_cast<BITMAPINFOHEADER*>(bytes), reinterpret_cast<RGBQUAD*>(bytes + kHeaderBytes),
+            bytes + kHeaderBytes + TableBytesOf(bitCount)};
 }
 
 }  // namespace tavrix

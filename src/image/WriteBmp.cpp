@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "image/WriteBmp.h"
+
 #include <array>
+#include <cstddef>
 #include <cstring>
 
-#include "image/DibImage.h"
+#include "image/DibLayout.h"
 #include "platform/Message.h"
 #include "platform/OutputFile.h"
 
@@ -24,12 +27,13 @@ std::array<std::uint8_t, kFileHeaderBytes> FileHeader(std::uint32_t fileBytes, s
 
 }  // namespace
 
-bool DibImage::WriteBmp(const char* path) const {
+bool WriteBmpFile(const char* path, const BITMAPINFOHEADER& header, const RGBQUAD* palette,
+                  const std::uint8_t* bits) {
     platform::OutputFile file(path);
     if (!file.IsOpen()) return false;
-    const bool hasTable = header->biClrUsed <= kMaxColours;
-    const std::size_t table = hasTable ? 4 * std::size_t{header->biClrUsed} : 0;
-    const std::size_t pixels = std::size_t{RowBytes()} * Height();
+    const bool hasTable = header.biClrUsed <= kMaxColours;
+    const std::size_t table = hasTable ? 4 * std::size_t{header.biClrUsed} : 0;
+    const std::size_t pixels = RowBytesOf(header.biBitCount, header.biWidth) * header.biHeight;
     const std::size_t offset = kFileHeaderBytes + kHeaderBytes + table;
     const auto fileHeader =
         FileHeader(static_cast<std::uint32_t>(offset + pixels), static_cast<std::uint32_t>(offset));
@@ -38,7 +42,7 @@ bool DibImage::WriteBmp(const char* path) const {
     for (RGBQUAD& colour : colours) colour.rgbReserved = 0;
 
     const bool written = file.Write(fileHeader.data(), fileHeader.size()) &&
-                         file.Write(header, kHeaderBytes) && file.Write(colours.data(), table) &&
+                         file.Write(&header, kHeaderBytes) && file.Write(colours.data(), table) &&
                          file.Write(bits, pixels);
     if (!written) platform::ShowMessage(platform::kBmpWriteError);
     return written;

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
+#include "components/CardLogo.h"
+
 #include <cstdint>
 
 #include "components/ComponentStore.h"
-#include "components/ImageFrame.h"
-#include "image/ImageTool.h"
 
 namespace tavrix {
 namespace {
@@ -39,23 +38,22 @@ Largest LargestOf(const ComponentNode& line) {
 
 }  // namespace
 
-void ImageTool::FindLogo(LogoRect* result, const ComponentStore* store) {
-    const ImageFrame page(image);
+LogoRect LogoOf(const ComponentStore& store, int pageWidth, int pageHeight) {
     LogoRect logo{};
     std::int64_t best = 0;
-    for (const ComponentNode* block = store->firstBlock; block != nullptr; block = block->next) {
+    for (const ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
         for (const ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
             const Largest largest = LargestOf(*line);
-            if (largest.area <= best || largest.width >= kMaxWidthShare * page.width) continue;
-            if (largest.count == 1 && (WidthOf(*line) > kMaxSingleLineShare * page.width ||
-                                       HeightOf(*line) > kMaxSingleLineShare * page.height)) {
+            if (largest.area <= best || largest.width >= kMaxWidthShare * pageWidth) continue;
+            if (largest.count == 1 && (WidthOf(*line) > kMaxSingleLineShare * pageWidth ||
+                                       HeightOf(*line) > kMaxSingleLineShare * pageHeight)) {
                 continue;
             }
             best = largest.area;
             logo = {line->left, line->top, line->right, line->bottom, 0};
         }
     }
-    *result = logo;
+    return logo;
 }
 
 }  // namespace tavrix

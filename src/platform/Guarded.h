@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <utility>
+
+namespace tavrix {
+
+// Runs a body that gives a Result. The one place where memory that ran out becomes a refusal: whatever the
+// body throws ends here, and the refusal is the result.
+template <class Result, class Body>
+[[nodiscard]] Result Guarded(Result refusal, Body&& body) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (...) {
+        return refusal;
+    }
+}
+
+}  // namespace tavrix
