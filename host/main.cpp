@@ -7,6 +7,7 @@
 #include <string>
 
 #include "batch/OutputNames.h"
+#include "commands/CommandNames.h"
 #include "commands/Commands.h"
 #include "picture/Picture.h"
 
@@ -53,6 +54,7 @@ int main(int argc, char** argv) {
     }
     AddModesCommand(app);
     try {
+        CheckCommandName(app, argc, argv);
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         code = app.exit(error) == 0 ? kDone : kUsage;

@@ -113,8 +113,9 @@ thread_local const Input* Run::current = nullptr;
 ExitCode RunJobs(const std::vector<Input>& inputs, const JobOptions& options,
                  const std::function<void(const Input&, Outcome&)>& work) {
     Run run(inputs, options, work);
-    const std::size_t threadCount =
-        std::min(static_cast<std::size_t>(std::max(options.threads, 1)), inputs.size());
+    const unsigned asked =
+        options.threads > 0 ? static_cast<unsigned>(options.threads) : std::thread::hardware_concurrency();
+    const std::size_t threadCount = std::min<std::size_t>(std::max(asked, 1U), inputs.size());
     std::vector<std::jthread> threads;
     for (std::size_t i = 1; i < threadCount; ++i) threads.emplace_back([&run] { run.WorkThrough(); });
     run.WorkThrough();

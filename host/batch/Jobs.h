@@ -13,7 +13,7 @@ namespace host {
 enum ExitCode { kDone = 0, kSomeFailed = 1, kUsage = 2, kNothingReadable = 3, kOutputUnwritable = 4 };
 
 struct JobOptions {
-    int threads = 1;
+    int threads = 1;  // 0: one a core
     bool isQuiet = false;
 };
 

@@ -2,7 +2,10 @@
 #include "batch/OutputNames.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <map>
 #include <string_view>
 #include <system_error>
@@ -72,12 +75,36 @@ std::string OutputNames::NameOf(const Input& input, std::size_t page) const {
     return isFolder ? (fs::path(place) / input.folder / text).lexically_normal().string() : text;
 }
 
+void OutputNames::CheckFolder() const {
+    std::error_code error;
+    const fs::file_status status = fs::status(place, error);
+    if (place == "-" || (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status)))
+        return;
+    const std::string fixed = place.substr(0, place.find('{'));  // fields may name folders to be made
+    fs::path folder = isFolder ? fs::path(place) : fs::path(fixed).parent_path();
+    if (!isFolder && !folder.empty() && !fs::exists(folder, error)) {
+        throw UsageError(option + " " + place + ": there is no folder " + folder.string() +
+                         ": make it, or correct the name");
+    }
+    // A new folder is made in the nearest one that is there.
+    while (!folder.empty() && !fs::exists(folder, error)) folder = folder.parent_path();
+    if (folder.empty()) folder = ".";
+    if (!fs::is_directory(folder, error)) {
+        throw UsageError(option + " " + place + ": " + folder.string() + " is not a folder");
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+        throw UsageError(option + " " + place + ": cannot write in the folder " + folder.string() + ": " +
+                         std::strerror(errno));
+    }
+}
+
 void OutputNames::Check(const std::vector<Input>& inputs, const OutputClaims& claims) const {
     if (!IsWanted()) return;
     if (IsStandardOutput() && inputs.size() > 1) {
         throw UsageError(option + " -: standard output takes one picture, not " +
                          std::to_string(inputs.size()));
     }
+    CheckFolder();
     std::map<std::string, const Input*> owners;
     for (const Input& input : inputs) {
         const std::string output = NameOf(input, 1);

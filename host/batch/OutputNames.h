@@ -47,10 +47,13 @@ class OutputNames {
     bool IsByPage() const { return name.find("{page}") != std::string::npos; }
     std::string NameOf(const Input& input, std::size_t page) const;
 
-    // Throws UsageError when the outputs of several inputs would fall on one name, or on an input.
+    // Throws UsageError when there is no folder for the outputs, when those of several inputs would fall
+    // on one name, or when one is an input.
     void Check(const std::vector<Input>& inputs, const OutputClaims& claims) const;
 
   private:
+    void CheckFolder() const;
+
     std::string option;
     std::string place;
     std::string name;  // pattern of the last part, or of the whole path when isFolder is false

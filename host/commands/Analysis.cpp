@@ -135,6 +135,7 @@ void AddCardCommand(CLI::App& app, ExitCode& code) {
         "card", "Everything on a card: 1-bit picture, blocks, lines, true line, logo as JSON");
     const auto options = std::make_shared<LineOptions>();
     options->wantsJson = true;
+    options->output.bits = 1;
     AddAnalysisOptions(command, *options);
     AddPictureOptions(command, options->output);
     AddLineOptions(command, *options);

@@ -12,8 +12,8 @@
 namespace host {
 namespace {
 
-constexpr char kOverlayPattern[] = "{stem}-overlay-{page}.png";
-constexpr char kOverlayFormat[] = "png";
+constexpr char kOverlayStem[] = "{stem}-overlay-{page}.";
+constexpr int kOverlayBits = 24;
 
 }  // namespace
 
@@ -24,19 +24,21 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options) {
         .add_option("--overlay", options.overlay,
                     "File or folder for a picture with everything drawn over it")
         ->type_name("OUTPUT");
+    AddFormatOption(command, "--overlay-format", options.overlayFormat, "Format of overlays in a folder");
 }
 
 ExitCode RunAnalysisCommand(const AnalysisOptions& options,
                             const std::function<Findings(const HostImage&)>& find) {
     const PictureOptions& output = options.output;
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
-    CheckPictureName("-o", output.place, pattern);
-    CheckPictureName("--overlay", options.overlay, kOverlayPattern);
+    const std::string overlayPattern = kOverlayStem + options.overlayFormat;
+    CheckPictureName("-o", output.place, pattern, output.extension, output.bits);
+    CheckPictureName("--overlay", options.overlay, overlayPattern, options.overlayFormat, kOverlayBits);
     for (const std::string& place : {output.place, options.overlay}) {
         if (place == "-") throw UsageError("pictures cannot go to standard output: the report goes there");
     }
     const OutputNames names("-o", output.place, pattern);
-    const OutputNames overlayNames("--overlay", options.overlay, kOverlayPattern);
+    const OutputNames overlayNames("--overlay", options.overlay, overlayPattern);
     const std::vector<Input> inputs = InputsOf(options.files);
     OutputClaims claims(inputs);
     names.Check(inputs, claims);
@@ -44,7 +46,8 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
     return RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
         const bool isResuming = options.files.skipsExisting;
         PictureSink bitsSink(names, output.extension, input, claims, isResuming);
-        PictureSink overlaySink(overlayNames, kOverlayFormat, input, claims, isResuming);
+        PictureSink overlaySink(overlayNames, options.overlayFormat, input, claims, isResuming,
+                                Effort::kQuick);
         if (isResuming && (names.IsWanted() || overlayNames.IsWanted()) && bitsSink.IsAllDone() &&
             overlaySink.IsAllDone()) {
             outcome.isSkipped = true;

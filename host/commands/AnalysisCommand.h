@@ -15,9 +15,10 @@ struct AnalysisOptions {
     Mode mode = DefaultMode();
     bool wantsJson = false;
     std::string overlay;
+    std::string overlayFormat = "jpg";  // in a folder
 };
 
-// Inputs, --mode, --json and --overlay.
+// Inputs, --mode and --overlay.
 void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options);
 
 // The run of a command that looks for something on 1-bit pages: read, binarize, find, report.

@@ -23,6 +23,7 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command =
         *app.add_subcommand("binarize", "Turn scans and photographs into clean 1-bit pictures");
     const auto options = std::make_shared<BinarizeOptions>();
+    options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
     AddModeOption(command, options->mode);

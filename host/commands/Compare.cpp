@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -21,6 +22,10 @@ struct CompareOptions {
 
 ExitCode Compare(const CompareOptions& options) {
     const OutputNames names("-o", options.place, "{stem}.html");
+    if (!IsFolder(options.place) && !IsStream(options.place) && !options.place.ends_with(".html") &&
+        !options.place.ends_with(".htm")) {
+        throw UsageError("-o " + options.place + ": the sheet is a page of HTML: name it .html");
+    }
     if (names.IsByPage()) throw UsageError("-o: all pages of a picture share one sheet: {page} has no place");
     const std::vector<Input> inputs = InputsOf(options.files);
     OutputClaims claims(inputs);
@@ -36,6 +41,9 @@ ExitCode Compare(const CompareOptions& options) {
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             pages.push_back(ComparePage(std::move(*page)));
+        }
+        if (std::all_of(pages.begin(), pages.end(), [](const auto& page) { return page.trials.empty(); })) {
+            throw PictureError(PictureError::kFailed, "is a 1-bit picture already: all modes give the same");
         }
         const std::string sheet = ComposeSheet(input.path, pages);
         claims.Claim(path);

@@ -13,16 +13,17 @@
 namespace fs = std::filesystem;
 
 namespace host {
-namespace {
 
-// Standard output, a pipe or a device: its name does not tell a format.
-bool IsStream(const std::string& path) {
+bool IsFolder(const std::string& place) {
     std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    return path == "-" || (fs::exists(status) && !fs::is_regular_file(status));
+    return !place.empty() && (place.back() == '/' || fs::is_directory(place, error));
 }
 
-}  // namespace
+bool IsStream(const std::string& place) {
+    std::error_code error;
+    const fs::file_status status = fs::status(place, error);
+    return place == "-" || (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status));
+}
 
 void AddFileOptions(CLI::App& command, FileOptions& options) {
     command.add_option("INPUT", options.names, "Pictures (PNG, JPEG, TIFF, BMP, PNM), folders with -r, or -");
@@ -30,9 +31,10 @@ void AddFileOptions(CLI::App& command, FileOptions& options) {
         .add_option("--files-from", options.list, "Read names of inputs from a file, one a line, or from -")
         ->type_name("FILE");
     command.add_flag("-r,--recursive", options.isRecursive, "Take all pictures in folders and below");
-    command.add_option("-j,--jobs", options.jobs.threads, "Pictures to work on at the same time")
+    command
+        .add_option("-j,--jobs", options.jobs.threads, "Pictures to work on at the same time; 0: one a core")
         ->type_name("N")
-        ->check(CLI::Range(1, 1024))
+        ->check(CLI::Range(0, 1024))
         ->capture_default_str();
     command.add_flag("-q,--quiet", options.jobs.isQuiet, "No progress, only errors");
     command.add_flag("--skip-existing", options.skipsExisting, "Leave out inputs whose output is there");
@@ -45,7 +47,12 @@ void AddPictureOptions(CLI::App& command, PictureOptions& options) {
         .add_option("--name", options.pattern,
                     "Names in an output folder: {stem}, {ext} and {page} are filled in")
         ->type_name("PATTERN");
-    command.add_option("--format", options.extension, "Format in a folder and on standard output")
+    AddFormatOption(command, "--format", options.extension, "Format in a folder and on standard output");
+}
+
+void AddFormatOption(CLI::App& command, const std::string& name, std::string& extension,
+                     const std::string& description) {
+    command.add_option(name, extension, description)
         ->type_name("EXT")
         ->check([](const std::string& text) {
             return FormatOfName("." + text) || FormatOfName("x." + text)
@@ -94,12 +101,13 @@ const Mode& DefaultMode() {
 }
 
 PictureSink::PictureSink(const OutputNames& outputNames, const std::string& extension, const Input& source,
-                         OutputClaims& outputClaims, bool isResuming)
+                         OutputClaims& outputClaims, bool isResuming, Effort packing)
     : names(outputNames),
       standardExtension(extension),
       input(source),
       claims(outputClaims),
-      skipsExisting(isResuming) {}
+      skipsExisting(isResuming),
+      effort(packing) {}
 
 bool PictureSink::IsAllDone() const {
     return !names.IsWanted() ||
@@ -124,18 +132,26 @@ void PictureSink::Write(const std::string& path, const std::vector<Picture>& pic
     const std::optional<Format> format = FormatOfName(IsStream(path) ? "x." + standardExtension : path);
     if (!format) FailWriting("cannot write " + path + ": the extension must be " + kFormatNames);
     claims.Claim(path);
-    WriteWhole(path, EncodePictures(*format, pictures));
+    WriteWhole(path, EncodePictures(*format, pictures, effort));
 }
 
-void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern) {
-    std::error_code error;
-    const bool isFolder = !place.empty() && (place.back() == '/' || fs::is_directory(place, error));
-    const std::string& name = isFolder ? pattern : place;
-    if (place.empty() || place == "-" || name.ends_with("{ext}")) return;
-    if ((isFolder || !IsStream(place)) && !FormatOfName(name)) {
-        throw UsageError(option + " " + name + ": the extension must be " + kFormatNames +
+void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern,
+                      const std::string& standardExtension, int bits) {
+    if (place.empty()) return;
+    const bool isStream = IsStream(place);
+    const std::string name = isStream ? "x." + standardExtension : IsFolder(place) ? pattern : place;
+    if (name.ends_with("{ext}")) return;
+    const std::string what = option + " " + (isStream ? place + " --format " + standardExtension : name);
+    const std::optional<Format> format = FormatOfName(name);
+    if (!format && (name.ends_with(".html") || name.ends_with(".htm"))) {
+        throw UsageError(what + ": only tavrix compare writes HTML; the extension must be " + kFormatNames);
+    }
+    if (!format) {
+        throw UsageError(what + ": the extension must be " + kFormatNames +
                          " (the name of a new folder ends with /)");
     }
+    const std::string reason = bits == 0 ? "" : Misfit(*format, bits);
+    if (!reason.empty()) throw UsageError(what + ": " + reason);
 }
 
 std::vector<Input> InputsOf(const FileOptions& options) {

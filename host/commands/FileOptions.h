@@ -28,13 +28,23 @@ struct PictureOptions {
     std::string place;
     std::string pattern;
     std::string extension = "tif";  // of files in a folder and on standard output
+    int bits = 0;                   // a pixel of what the command makes; 0: as the picture
 };
 
 void AddPictureOptions(CLI::App& command, PictureOptions& options);
 
+// An option whose value is the extension of a picture format.
+void AddFormatOption(CLI::App& command, const std::string& name, std::string& extension,
+                     const std::string& description);
+
 // An option of count numbers, none negative, with commas between them. form: as the help shows it.
 void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t count, const std::string& form,
                       std::vector<int>& numbers, const std::string& text);
+
+// Whether a place is a folder, or is to become one.
+bool IsFolder(const std::string& place);
+// Standard output, a pipe or a device: its name does not tell a format.
+bool IsStream(const std::string& place);
 
 // --mode, by number or name.
 void AddModeOption(CLI::App& command, Mode& mode);
@@ -45,7 +55,7 @@ const Mode& DefaultMode();
 class PictureSink {
   public:
     PictureSink(const OutputNames& names, const std::string& standardExtension, const Input& input,
-                OutputClaims& claims, bool skipsExisting);
+                OutputClaims& claims, bool skipsExisting, Effort effort = Effort::kSmall);
 
     // Nothing is left to write: the output is there already. Outputs by page are looked at one by one.
     bool IsAllDone() const;
@@ -60,12 +70,15 @@ class PictureSink {
     const Input& input;
     OutputClaims& claims;
     bool skipsExisting;
+    Effort effort;
     std::size_t pageCount = 0;
     std::vector<Picture> pages;
 };
 
-// Throws UsageError when no picture format has the extension of the names.
-void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern);
+// Throws UsageError when no picture format has the extension of the names, or it cannot hold pictures of
+// that many bits (0: any). standardExtension: the format of standard output and devices.
+void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern,
+                      const std::string& standardExtension, int bits);
 
 // Inputs of a command, after the checks that come before any work. Throws UsageError, PictureError.
 std::vector<Input> InputsOf(const FileOptions& options);

@@ -43,16 +43,32 @@ int TurnCodeOf(const std::string& text) {
     throw CLI::ValidationError("--code", "no turn " + text);
 }
 
+constexpr double kMostDegrees = 3600;
+constexpr char kAngles[] = "must be a number of degrees from -3600 to 3600";
+
+bool IsAngle(const std::string& text) {
+    double degrees = 0;
+    return CLI::detail::lexical_cast(text, degrees) && std::fabs(degrees) <= kMostDegrees;  // NaN is not
+}
+
 Resolution Swapped(const Resolution& resolution) {
     return {resolution.y, resolution.x};
 }
 
-Picture Turn(Picture page, const TurnOptions& options) {
-    const HostImage bits = Binarize(std::move(page.image), options.mode);
-    Box box = {0, 0, bits.Width() - 1, bits.Height() - 1};
-    if (!options.block.empty()) {
-        box = {options.block[0], options.block[1], options.block[2], options.block[3]};
+Box BlockIn(const HostImage& image, const std::vector<int>& block) {
+    const Box page = {0, 0, image.Width() - 1, image.Height() - 1};
+    if (block.empty()) return page;
+    if (block[0] > page.right || block[1] > page.bottom) {
+        throw PictureError(PictureError::kFailed,
+                           "--block lies outside the picture, which has columns 0 to " +
+                               std::to_string(page.right) + " and rows 0 to " + std::to_string(page.bottom));
     }
+    return {block[0], block[1], block[2], block[3]};
+}
+
+Picture Turn(Picture page, const TurnOptions& options) {
+    const Box box = BlockIn(page.image, options.block);
+    const HostImage bits = Binarize(std::move(page.image), options.mode);
     const bool isQuarter = options.code == 1 || options.code == 3 || options.code == 5;
     return {TurnBlock(bits, box, options.code), isQuarter ? Swapped(page.resolution) : page.resolution};
 }
@@ -69,7 +85,7 @@ void AddRotateCommand(CLI::App& app, ExitCode& code) {
                     "Degrees, clockwise; a negative angle turns the other way")
         ->required()
         ->type_name("DEGREES")
-        ->check(CLI::Range(-3600.0, 3600.0));
+        ->check([](const std::string& text) { return IsAngle(text) ? std::string() : kAngles; });
     command.add_flag("-c,--counter-clockwise", options->isCounterClockwise, "Turn the other way");
     command.callback([options, &code] {
         const double degrees = options->isCounterClockwise ? -options->degrees : options->degrees;
@@ -85,6 +101,7 @@ void AddTurnCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command =
         *app.add_subcommand("turn", "Cut a block out of 1-bit pictures and turn or mirror it");
     const auto options = std::make_shared<TurnOptions>();
+    options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
     AddModeOption(command, options->mode);
@@ -109,6 +126,7 @@ void AddTurnCommand(CLI::App& app, ExitCode& code) {
 void AddPadCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand("pad", "Put a white margin around 1-bit pictures");
     const auto options = std::make_shared<PadOptions>();
+    options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
     AddModeOption(command, options->mode);

@@ -54,6 +54,8 @@ void AddMorphCommand(CLI::App& app, ExitCode& code) {
     AddPictureOptions(command, options->output);
     AddModeOption(command, options->mode);
     command.callback([options, &code] {
+        const std::string_view operation = options->operation.name;
+        options->output.bits = operation == "edge" || options->operation.isOneBit ? 1 : 8;
         code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
             HostImage image = options->operation.isOneBit ? Binarize(std::move(page.image), options->mode)
                                                           : ToGray(std::move(page.image));

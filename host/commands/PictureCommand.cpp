@@ -12,7 +12,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
                            const std::function<Picture(Picture)>& transform) {
     if (output.place.empty()) throw UsageError("-o is required");
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
-    CheckPictureName("-o", output.place, pattern);
+    CheckPictureName("-o", output.place, pattern, output.extension, output.bits);
     const OutputNames names("-o", output.place, pattern);
     const std::vector<Input> inputs = InputsOf(files);
     OutputClaims claims(inputs);

@@ -18,21 +18,23 @@ constexpr char kHead[] = R"(<!DOCTYPE html>
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <title>%TITLE%</title>
 <style>
-body { margin: 1.5rem; font: 15px/1.4 system-ui, sans-serif; color: #222; background: #e9e9ec; }
-h1 { font-size: 1.4rem; margin: 0 0 .2rem; }
-p { margin: 0 0 1rem; color: #555; }
-section { display: grid; grid-template-columns: repeat(auto-fill, minmax(22rem, 1fr)); gap: 1rem; margin-bottom: 2rem; }
-figure { margin: 0; padding: .8rem; background: #fff; border-radius: 6px; box-shadow: 0 1px 3px #0003; }
-figure img { display: block; width: 100%; height: auto; border: 1px solid #ccc; cursor: zoom-in; }
-figure input { display: none; }
+body { margin: 0; padding: 1rem; font: 15px/1.4 system-ui, sans-serif; color: #222; background: #e9e9ec; }
+h1 { font-size: 1.4rem; margin: 0 0 .6rem; overflow-wrap: anywhere; }
+section { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 22rem), 1fr)); gap: 1rem; margin-bottom: 2rem; }
+h2 { grid-column: 1 / -1; margin: 0; font-size: 1rem; font-weight: 400; color: #444; }
+figure { margin: 0; min-width: 0; padding: .8rem; background: #fff; border-radius: 6px; box-shadow: 0 1px 3px #0003; }
+label { display: block; position: relative; }
+img { display: block; box-sizing: border-box; width: 100%; height: auto; border: 1px solid #ccc; cursor: zoom-in; }
+input { position: absolute; opacity: 0; }
+input:focus-visible + img { outline: 3px solid #0b57d0; }
 figure:has(input:checked) { grid-column: 1 / -1; overflow: auto; }
-figure input:checked + img { width: auto; cursor: zoom-out; }
-h2 { font-size: 1rem; margin: .6rem 0 .1rem; }
-figcaption { color: #555; }
+input:checked + img { width: auto; cursor: zoom-out; }
+h3 { font-size: 1rem; margin: .6rem 0 .1rem; }
+p { margin: 0; color: #555; }
 dl { display: flex; gap: 1.5rem; margin: .4rem 0 0; }
 dl div { display: flex; flex-direction: column-reverse; }
-dt { font-size: .8rem; color: #777; }
-dd { margin: 0; font-weight: 600; color: #222; }
+dt { font-size: .8rem; color: #555; }
+dd { margin: 0; font-weight: 600; }
 </style>
 </head>
 <body>
@@ -74,26 +76,33 @@ std::string Formatted(const char* format, double value) {
     return text;
 }
 
-// The image that a click shows in full size.
-std::string Image(Format format, const char* type, Picture picture, const std::string& name) {
+// The image, which a click or the space bar shows in full size, with a caption.
+std::string Figure(Format format, const Picture& picture, const std::string& name,
+                   const std::string& caption) {
     std::vector<Picture> page;
-    page.push_back(std::move(picture));
-    return "<label><input type=\"checkbox\"><img alt=\"" + name + "\" src=\"data:image/" + type + ";base64," +
-           Base64(EncodePictures(format, page)) + "\"></label>\n";
+    page.push_back({picture.image.Copy(), picture.resolution});
+    return "<figure>\n<label><input type=\"checkbox\" aria-label=\"" + name + " in full size\"><img alt=\"" +
+           name + "\" src=\"data:image/" + (format == Format::kPng ? "png" : "jpeg") + ";base64," +
+           Base64(EncodePictures(format, page)) + "\"></label>\n<figcaption>\n<h3>" + name + "</h3>\n" +
+           caption + "</figcaption>\n</figure>\n";
 }
 
 std::string Entry(const char* name, const std::string& value) {
     return std::string("<div><dt>") + name + "</dt><dd>" + value + "</dd></div>";
 }
 
-std::string Figure(const Trial& trial, const Resolution& resolution) {
-    const std::string name = std::to_string(trial.mode.number) + " " + std::string(trial.mode.name);
-    return "<figure id=\"" + std::string(trial.mode.name) + "\">\n" +
-           Image(Format::kPng, "png", {trial.bits.Copy(), resolution}, name) + "<h2>" + name +
-           "</h2>\n<figcaption>" + std::string(trial.mode.suits) + "</figcaption>\n<dl>" +
-           Entry("black", Formatted("%.2f %%", 100 * trial.blackShare)) +
-           Entry("components", std::to_string(trial.components)) +
-           Entry("time", Formatted("%.1f ms", trial.milliseconds)) + "</dl>\n</figure>\n";
+std::string TrialFigure(const Trial& trial, const Resolution& resolution) {
+    return Figure(Format::kPng, {trial.bits.Copy(), resolution},
+                  std::to_string(trial.mode.number) + " " + std::string(trial.mode.name),
+                  "<p>" + std::string(trial.mode.suits) + "</p>\n<dl>" +
+                      Entry("black", Formatted("%.2f %%", 100 * trial.blackShare)) +
+                      Entry("components", std::to_string(trial.components)) +
+                      Entry("time", Formatted("%.1f ms", trial.milliseconds)) + "</dl>\n");
+}
+
+std::string OriginalFigure(const ComparedPage& page) {
+    if (!page.trials.empty()) return Figure(Format::kJpeg, page.picture, "original", "");
+    return Figure(Format::kPng, page.picture, "original", "<p>1 bit already: every mode gives this</p>\n");
 }
 
 std::size_t CountComponents(const HostImage& bits) {
@@ -107,10 +116,8 @@ std::size_t CountComponents(const HostImage& bits) {
 }  // namespace
 
 ComparedPage ComparePage(Picture picture) {
-    if (picture.image.BitCount() == 1) {
-        throw PictureError(PictureError::kFailed, "is a 1-bit picture already: all modes give the same");
-    }
     ComparedPage page{std::move(picture), {}};
+    if (page.picture.image.BitCount() == 1) return page;
     const double area = static_cast<double>(page.picture.image.Width()) * page.picture.image.Height();
     for (const Mode& mode : kModes) {
         HostImage copy = page.picture.image.Copy();  // gray pictures are worked on in place
@@ -128,21 +135,19 @@ std::string ComposeSheet(const std::string& file, const std::vector<ComparedPage
     std::string html = kHead;
     const std::string title = Escaped(file);
     html.replace(html.find("%TITLE%"), 7, title);
-    html += "<h1>" + title + "</h1>\n";
+    html += "<main>\n<h1>" + title + "</h1>\n";
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const Picture& picture = pages[i].picture;
-        html += "<p>";
+        html += "<section>\n<h2>";
         if (pages.size() > 1) html += "Page " + std::to_string(i + 1) + ": ";
         html += std::to_string(picture.image.Width()) + " &times; " + std::to_string(picture.image.Height()) +
                 " pixels";
         if (picture.resolution.IsKnown()) html += Formatted(", %.0f dots per inch", picture.resolution.x);
-        html += "</p>\n<section>\n<figure id=\"original\">\n" +
-                Image(Format::kJpeg, "jpeg", {picture.image.Copy(), picture.resolution}, "original") +
-                "<h2>original</h2>\n</figure>\n";
-        for (const Trial& trial : pages[i].trials) html += Figure(trial, picture.resolution);
+        html += "</h2>\n" + OriginalFigure(pages[i]);
+        for (const Trial& trial : pages[i].trials) html += TrialFigure(trial, picture.resolution);
         html += "</section>\n";
     }
-    return html + "</body>\n</html>\n";
+    return html + "</main>\n</body>\n</html>\n";
 }
 
 }  // namespace host

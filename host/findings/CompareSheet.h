@@ -23,7 +23,7 @@ struct ComparedPage {
     std::vector<Trial> trials;
 };
 
-// Binarizes the page under every mode, one after the other.
+// Binarizes the page under every mode, one after the other; a 1-bit page is left without trials.
 ComparedPage ComparePage(Picture picture);
 
 // A page of HTML that needs nothing beside it: the picture and its trials side by side.

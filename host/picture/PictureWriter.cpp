@@ -21,6 +21,7 @@ namespace {
 using Buffer = std::vector<std::uint8_t>;
 
 constexpr int kJpegQuality = 90;
+constexpr int kQuickLevel = 1;  // of Deflate
 
 std::uint32_t DotsPerMetre(double dotsPerInch) {
     return static_cast<std::uint32_t>(std::lround(dotsPerInch / kMetresPerInch));
@@ -44,7 +45,7 @@ void AppendPng(png_structp png, png_bytep data, std::size_t count) {
     if (!isDone) png_error(png, "out of memory");
 }
 
-bool WritePng(png_structp png, png_infop info, const Picture& page, png_bytepp rows) {
+bool WritePng(png_structp png, png_infop info, const Picture& page, png_bytepp rows, Effort effort) {
     if (setjmp(png_jmpbuf(png)) != 0) return false;
     const HostImage& image = page.image;
     const bool isColour = image.BitCount() == 24;
@@ -55,6 +56,10 @@ bool WritePng(png_structp png, png_infop info, const Picture& page, png_bytepp r
         png_set_pHYs(png, info, DotsPerMetre(page.resolution.x), DotsPerMetre(page.resolution.y),
                      PNG_RESOLUTION_METER);
     }
+    if (effort == Effort::kQuick) {
+        png_set_compression_level(png, kQuickLevel);
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+    }
     png_write_info(png, info);
     if (isColour) png_set_bgr(png);
     png_write_image(png, rows);
@@ -62,14 +67,14 @@ bool WritePng(png_structp png, png_infop info, const Picture& page, png_bytepp r
     return true;
 }
 
-Buffer EncodePng(const Picture& page) {
+Buffer EncodePng(const Picture& page, Effort effort) {
     Buffer buffer;
     std::vector<png_bytep> rows;
     for (int y = 0; y < page.image.Height(); ++y) rows.push_back(page.image.TopRow(y));
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
     if (info != nullptr) png_set_write_fn(png, &buffer, AppendPng, nullptr);
-    const bool isDone = info != nullptr && WritePng(png, info, page, rows.data());
+    const bool isDone = info != nullptr && WritePng(png, info, page, rows.data(), effort);
     png_destroy_write_struct(&png, &info);
     if (!isDone) FailWriting("the PNG encoder failed");
     return buffer;
@@ -95,6 +100,8 @@ bool WriteJpeg(jpeg_compress_struct& jpeg, JpegErrors& errors, const Picture& pa
     jpeg.in_color_space = image.BitCount() == 8 ? JCS_GRAYSCALE : JCS_EXT_BGR;
     jpeg_set_defaults(&jpeg);
     jpeg_set_quality(&jpeg, kJpegQuality, TRUE);
+    // Thin coloured strokes keep their colour.
+    jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
     if (IsStorable(page.resolution)) {
         jpeg.density_unit = 1;
         jpeg.X_density = static_cast<UINT16>(std::lround(page.resolution.x));
@@ -110,7 +117,6 @@ bool WriteJpeg(jpeg_compress_struct& jpeg, JpegErrors& errors, const Picture& pa
 }
 
 Buffer EncodeJpeg(const Picture& page) {
-    if (page.image.BitCount() == 1) FailWriting("JPEG does not hold 1-bit pictures");
     jpeg_compress_struct jpeg = {};
     JpegErrors errors = {};
     jpeg.err = jpeg_std_error(&errors.base);
@@ -125,7 +131,7 @@ Buffer EncodeJpeg(const Picture& page) {
     return Buffer(out, out + size);
 }
 
-void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size_t count) {
+void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size_t count, Effort effort) {
     const HostImage& image = page.image;
     const bool isOneBit = image.BitCount() == 1;
     const int samples = image.BitCount() == 24 ? 3 : 1;
@@ -141,6 +147,7 @@ void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size
     TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, isOneBit ? COMPRESSION_CCITTFAX4 : COMPRESSION_ADOBE_DEFLATE);
     if (!isOneBit) TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+    if (!isOneBit && effort == Effort::kQuick) TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, kQuickLevel);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
                  isOneBit ? static_cast<std::uint32_t>(image.Height()) : TIFFDefaultStripSize(tiff, 0));
     if (IsStorable(page.resolution)) {
@@ -167,10 +174,10 @@ void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size
     TIFFWriteDirectory(tiff);
 }
 
-Buffer EncodeTiff(const std::vector<Picture>& pages) {
+Buffer EncodeTiff(const std::vector<Picture>& pages, Effort effort) {
     TiffMemory file({}, "w");
     for (std::size_t i = 0; i < pages.size() && file.Handle() != nullptr && !file.HasError(); ++i) {
-        WriteTiffPage(file.Handle(), pages[i], i, pages.size());
+        WriteTiffPage(file.Handle(), pages[i], i, pages.size(), effort);
     }
     if (file.Handle() == nullptr || file.HasError()) FailWriting(file.Reason());
     return file.Finish();
@@ -203,14 +210,9 @@ Buffer EncodeBmp(const Picture& page) {
     return buffer;
 }
 
-Buffer EncodePnm(Format format, const Picture& page) {
+Buffer EncodePnm(const Picture& page) {
     const HostImage& image = page.image;
     const int bits = image.BitCount();
-    const Format own = bits == 1 ? Format::kPbm : bits == 8 ? Format::kPgm : Format::kPpm;
-    if (format != own && format != Format::kPnm) {
-        FailWriting("a picture of " + std::to_string(bits) +
-                    " bits a pixel does not fit this kind of PNM file");
-    }
     const std::string head = std::string("P") +
                              (bits == 1   ? "4"
                               : bits == 8 ? "5"
@@ -263,17 +265,33 @@ std::optional<Format> FormatOfName(std::string_view name) {
     return std::nullopt;
 }
 
-std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages) {
-    if (format == Format::kTiff) return EncodeTiff(pages);
+std::string Misfit(Format format, int bitCount) {
+    const bool isHeld = format == Format::kJpeg  ? bitCount != 1
+                        : format == Format::kPbm ? bitCount == 1
+                        : format == Format::kPgm ? bitCount == 8
+                        : format == Format::kPpm ? bitCount == 24
+                                                 : true;
+    if (isHeld) return {};
+    const std::string kind = bitCount == 1 ? "1-bit" : bitCount == 8 ? "gray" : "colour";
+    const std::string own = bitCount == 1 ? "pbm" : bitCount == 8 ? "pgm or jpg" : "ppm or jpg";
+    return "this format does not hold " + kind + " pictures: take png, tif, bmp, pnm, " + own;
+}
+
+std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages, Effort effort) {
+    for (const Picture& page : pages) {
+        const std::string reason = Misfit(format, page.image.BitCount());
+        if (!reason.empty()) FailWriting(reason);
+    }
+    if (format == Format::kTiff) return EncodeTiff(pages, effort);
     if (pages.size() != 1) {
         FailWriting("the input has " + std::to_string(pages.size()) +
                     " pages and only TIFF holds several: write TIFF, or name the files with {page}");
     }
     switch (format) {
-        case Format::kPng: return EncodePng(pages[0]);
+        case Format::kPng: return EncodePng(pages[0], effort);
         case Format::kJpeg: return EncodeJpeg(pages[0]);
         case Format::kBmp: return EncodeBmp(pages[0]);
-        default: return EncodePnm(format, pages[0]);
+        default: return EncodePnm(pages[0]);
     }
 }
 

@@ -19,8 +19,15 @@ std::optional<Format> FormatOfName(std::string_view name);
 // The extensions that FormatOfName knows, for messages.
 inline constexpr char kFormatNames[] = "png, tif, tiff, bmp, pbm, pgm, ppm, pnm, jpg or jpeg";
 
+// Why a format cannot hold a picture of that many bits a pixel, and what can; empty where it can.
+std::string Misfit(Format format, int bitCount);
+
+// How long gray and colour pictures are packed: for keeping, or for looking at once.
+enum class Effort { kSmall, kQuick };
+
 // A whole file. TIFF takes any number of pages (1 bit: CCITT G4; gray and colour: Deflate), the others
 // one. An unknown resolution is left out. Throws PictureError where the format cannot hold the pages.
-std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages);
+std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages,
+                                         Effort effort = Effort::kSmall);
 
 }  // namespace host
