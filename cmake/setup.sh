@@ -18,11 +18,13 @@ step() {
     fi
 }
 
-# install_packages file...: the packages that the files list, one a line, as far as they are missing.
+# install_packages file...: the packages that the files list, one a line, as far as they are missing. A second
+# word on a line is a program that makes the package unnecessary.
 install_packages() {
     local missing=() package
-    while read -r package _; do
+    while read -r package program; do
         case $package in '' | '#'*) continue ;; esac
+        [ -z "$program" ] || ! command -v "$program" >/dev/null || continue
         dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
     done < <(cat "$@")
     [ ${#missing[@]} -eq 0 ] && return

@@ -4,10 +4,11 @@ _tavrix() {
     local word=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} choices
     local files='-r --recursive --files-from -j --jobs -q --quiet --skip-existing -h --help'
     local pictures='-o --output --name --format'
+    local findings='-m --mode --overlay --overlay-format'
     COMPREPLY=()
     case $last in
         -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
-        --format) choices='tif png bmp pbm pgm ppm pnm jpg' ;;
+        --format | --overlay-format) choices='tif png bmp pbm pgm ppm pnm jpg' ;;
         --op) choices='edge open close smooth sharpen dilate' ;;
         --code) choices='none right half left flip mirror-left' ;;
         --group) choices='text aligned' ;;
@@ -19,11 +20,11 @@ _tavrix() {
         case $command in
             binarize) choices="$files $pictures -m --mode --blocks" ;;
             compare) choices="$files -o --output" ;;
-            card) choices="$files $pictures -m --mode --overlay --join-pieces --split-wide" ;;
-            components) choices="$files -m --mode --json --overlay --grow --noise --line-noise --group" ;;
-            lines) choices="$files -m --mode --json --overlay --join-pieces --split-wide --from-left" ;;
-            trueline) choices="$files -m --mode --json --overlay --join-pieces --split-wide" ;;
-            logo) choices="$files -m --mode --json --overlay" ;;
+            card) choices="$files $pictures $findings --join-pieces --split-wide" ;;
+            components) choices="$files $findings --json --grow --noise --line-noise --group" ;;
+            lines) choices="$files $findings --json --join-pieces --split-wide --from-left" ;;
+            trueline) choices="$files $findings --json --join-pieces --split-wide" ;;
+            logo) choices="$files $findings --json" ;;
             rotate) choices="$files $pictures -a --angle -c --counter-clockwise" ;;
             turn) choices="$files $pictures -m --mode -b --block --code" ;;
             pad) choices="$files $pictures -m --mode" ;;

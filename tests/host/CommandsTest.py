@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """What each subcommand does, on small pictures whose result is known and on the sample card."""
 import json
+import re
+import subprocess
 import unittest
 
 from support import *
@@ -78,7 +80,7 @@ class PictureCommandsTest(CommandTest):
                 self.assertEqual(self.pnm("turn", "-b", "1,1,6,3", "--code", code, stdin=pbm(BITS)), pbm(rows))
         self.assertEqual(self.pnm("turn", "-b", "1,1,300,300", stdin=pbm(BITS)), pbm([row[1:] for row in BITS[1:]]))
         self.assertEqual(self.pnm("turn", stdin=pbm(BITS)), pbm(BITS))
-        self.fail_with(1, "RotateImageBlock refused", "turn", "-", "-b", "50,0,60,3", "-o", "x.png", stdin=pbm(BITS))
+        self.fail_with(1, "columns 0 to 8 and rows 0 to 3", "turn", "-", "-b", "50,0,60,3", "-o", "x.png", stdin=pbm(BITS))
 
     def test_pad(self):
         wide = [BITS[0] * 4] * 40
@@ -103,6 +105,25 @@ class PictureCommandsTest(CommandTest):
         self.assertEqual(self.pnm("morph", "--op", "4", stdin=pgm(gray)), pgm(sharp))
         for operation, kind in (("edge", b"P4"), ("close", b"P4"), ("smooth", b"P5"), ("sharpen", b"P5")):
             self.assertTrue(self.pnm("morph", "--op", operation, stdin=CARD.read_bytes()).startswith(kind))
+
+
+class HelpTest(CommandTest):
+    def test_help_completion_and_documents_tell_the_same(self):
+        script = SAMPLES.parent / "host/completion/tavrix.bash"
+        words = f'source {script}; COMP_CWORD=2 COMP_WORDS=(tavrix "$0" -); _tavrix; echo "${{COMPREPLY[@]}}"'
+        commands = re.findall(r"^  (\w+)  ", self.succeed("--help").decode().split("Subcommands:")[1], re.MULTILINE)
+        self.assertEqual(len(commands), 12)
+        options = set()
+        for command in commands:
+            listed = set(re.findall(r"(?:^  |,)(--?[a-z-]+)", self.succeed(command, "--help").decode(), re.MULTILINE))
+            completed = subprocess.run(["bash", "-c", words, command], capture_output=True, text=True).stdout
+            self.assertEqual(set(completed.split()), listed, command)
+            options |= listed
+        page = (SAMPLES.parent / "docs/tavrix.1").read_text().replace("\\-", "-")
+        manual = (SAMPLES.parent / "docs/command.md").read_text()
+        for name in commands + sorted(options - {"-h", "--help"}):
+            self.assertRegex(page, rf"(?<![\w-]){name}(?![\w-])")
+            self.assertRegex(manual, rf"`{name}[` ]")
 
 
 class FindingsTest(CommandTest):

@@ -46,7 +46,7 @@ class FilesTest(CommandTest):
         self.assertEqual([json.loads(line)["file"] for line in one.splitlines()],
                          ["many/%02d.pgm" % i for i in range(24)])
         self.succeed("binarize", "-r", "many", "-o", "one/", "-q")
-        self.succeed("binarize", "-r", "many", "-o", "four/", "-q", "-j", "4")
+        self.succeed("binarize", "-r", "many", "-o", "four/", "-q", "-j", "0")
         self.assertEqual([self.read("one/" + n) for n in self.names("one")],
                          [self.read("four/" + n) for n in self.names("four")])
 
