@@ -53,7 +53,7 @@ void Histogram(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 8);
     for (auto _ : state) {
         std::uint32_t histogram[kGrayLevels] = {};
-        tavrix::CountPixels(page->bits, page->RowBytes(), page->Width(), page->Height(), histogram);
+        tavrix::CountPixels(PlaneOfPixels(*page), PlaneOfPixels(*page).Whole(), histogram);
         benchmark::DoNotOptimize(histogram);
     }
     CountPixels(state);

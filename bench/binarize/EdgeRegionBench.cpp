@@ -6,6 +6,7 @@
 #include "regions/EdgeMeasures.h"
 #include "regions/EdgeRegionBinarizer.h"
 #include "regions/RegionPasses.h"
+#include "regions/TextComponents.h"
 
 #ifdef TAVRIX_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
@@ -18,8 +19,9 @@ namespace {
 struct Bench {
     explicit Bench(const benchmark::State& state)
         : page(CardPage(WidthOf(state), HeightOf(state), 8)),
-          shape(PageShape::WithPadding(*page)),
-          target(shape.Bytes()) {}
+          gray(PlaneOfRows(*page)),
+          memory(gray.Bytes()),
+          target(gray.Over(memory.data())) {}
 
     template <class Pass>
     void Run(benchmark::State& state, const Pass& pass) {
@@ -31,8 +33,9 @@ struct Bench {
     }
 
     std::unique_ptr<DibImage> page;
-    PageShape shape;
-    std::vector<std::uint8_t> target;
+    Plane gray;
+    std::vector<std::uint8_t> memory;
+    Plane target;
 };
 
 void EdgeRegions(benchmark::State& state, bool (EdgeRegionBinarizer::*entry)()) {
@@ -55,59 +58,53 @@ BENCHMARK_CAPTURE(EdgeRegions, Sharp, &EdgeRegionBinarizer::BinarizeSharp)
 
 void SobelPass(benchmark::State& state) {
     Bench bench(state);
-    bench.Run(state, [&] { MeasureEdges(bench.shape, bench.page->bits, bench.target.data()); });
+    bench.Run(state, [&] { MeasureEdges(bench.gray, bench.target); });
 }
 BENCHMARK(SobelPass)->Name("SobelMagnitude")->Apply(PageSizes);
 
 void Smooth(benchmark::State& state) {
     Bench bench(state);
-    bench.Run(state,
-              [&] { SmoothRegion(bench.shape, bench.shape.Whole(), bench.page->bits, bench.target.data()); });
+    bench.Run(state, [&] { SmoothRegion(bench.gray, bench.target, bench.gray.Whole()); });
 }
 BENCHMARK(Smooth)->Name("SmoothRegion")->Apply(PageSizes);
 
 void Sharpen(benchmark::State& state) {
     Bench bench(state);
-    bench.Run(state, [&] {
-        SharpenRegion(bench.shape, bench.shape.Whole(), bench.page->bits, bench.target.data(), 10.0f);
-    });
+    bench.Run(state, [&] { SharpenRegion(bench.gray, bench.target, bench.gray.Whole(), 10.0f); });
 }
 BENCHMARK(Sharpen)->Name("SharpenRegion")->Apply(PageSizes);
 
 void Threshold(benchmark::State& state) {
     Bench bench(state);
     bench.Run(state, [&] {
-        ThresholdRegion(bench.shape, bench.shape.Whole(), 128, bench.page->bits, bench.target.data(), true,
-                        1.1);
+        ThresholdRegion(bench.gray, bench.target, bench.gray.Whole(), 128, Earlier::kOverwritten, 1.1);
     });
 }
 BENCHMARK(Threshold)->Name("ThresholdRegion")->Apply(PageSizes);
 
 void FillAndMark(benchmark::State& state) {
     Bench bench(state);
-    std::vector<std::uint8_t> mask(bench.shape.Bytes());
-    GrayMask(bench.shape, bench.page->bits, 128, mask.data());
+    std::vector<std::uint8_t> mask(bench.gray.Bytes());
+    GrayMask(bench.gray, 128, bench.gray.Over(mask.data()));
     bench.Run(state, [&] {
-        std::memcpy(bench.target.data(), mask.data(), mask.size());
-        FillAndMarkRegion(bench.shape, bench.shape.Whole(), bench.target.data());
+        std::memcpy(bench.target.pixels, mask.data(), mask.size());
+        FillAndMarkRegion(bench.target, bench.gray.Whole());
     });
 }
 BENCHMARK(FillAndMark)->Name("FillAndMarkRegion")->Apply(PageSizes);
 
 void StrokeEnds(benchmark::State& state) {
     Bench bench(state);
-    GrayMask(bench.shape, bench.page->bits, 128, bench.target.data());
-    bench.Run(state, [&] { benchmark::DoNotOptimize(CountStrokeEnds(bench.shape, bench.target.data())); });
+    GrayMask(bench.gray, 128, bench.target);
+    bench.Run(state, [&] { benchmark::DoNotOptimize(CountStrokeEnds(bench.target)); });
 }
 BENCHMARK(StrokeEnds)->Name("CountStrokeEnds")->Apply(PageSizes);
 
 void Components(benchmark::State& state) {
     Bench bench(state);
-    GrayMask(bench.shape, bench.page->bits, 128, bench.target.data());
-    bench.Run(state, [&] {
-        benchmark::DoNotOptimize(
-            FindTextComponents(bench.shape, bench.target.data(), bench.page->bits, false).size());
-    });
+    GrayMask(bench.gray, 128, bench.target);
+    bench.Run(state,
+              [&] { benchmark::DoNotOptimize(FindTextComponents(bench.target, bench.gray, false).size()); });
 }
 BENCHMARK(Components)->Name("FindTextComponents")->Apply(PageSizes);
 

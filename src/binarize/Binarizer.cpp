@@ -34,7 +34,8 @@ bool Binarizer::Attach(DibImage* imageToBinarize) {
 void Binarizer::ComputeHistogram(int step) {
     std::fill(std::begin(histogram), std::end(histogram), 0u);
     if (step == 1) {
-        CountPixels(image->bits, rowBytes, width, height, histogram);
+        const Plane plane = PlaneOfPixels(*image);
+        CountPixels(plane, plane.Whole(), histogram);
         return;
     }
     for (int y = 0; y < height; y += step) {

@@ -11,10 +11,11 @@ namespace tavrix {
 // histogram, and the thresholds that several methods share. A method object lives for one call.
 class Binarizer {
   public:
-    virtual bool
-    BinarizeBlock() = 0;  // block-wise; methods without a block variant do nothing and return true
+    // Block-wise; methods without a block variant do nothing and return true.
+    virtual bool BinarizeBlock() = 0;
     virtual ~Binarizer() = default;
-    virtual bool Binarize() = 0;  // whole image; false when the method cannot run on it
+    // The whole image; false when the method cannot run on it.
+    virtual bool Binarize() = 0;
     Binarizer(const Binarizer&) = delete;
     Binarizer& operator=(const Binarizer&) = delete;
 

@@ -19,11 +19,11 @@ std::uint64_t WordAt(const std::uint8_t* bytes) {
 
 // Neighbouring pixels are often equal, and a counter cannot be counted up again before its last store is
 // through: eight tables take turns.
-void CountSingles(const std::uint8_t* first, std::size_t rowBytes, int width, int height,
-                  std::uint32_t* histogram) {
+void CountSingles(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram) {
+    const int width = rect.Width();
     std::uint32_t tables[kWordBytes][kGrayLevels] = {};
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* row = first + rowBytes * y;
+    for (int y = rect.y0; y <= rect.y1; ++y) {
+        const std::uint8_t* row = plane.Row(y) + rect.x0;
         int x = 0;
         for (; x + kWordBytes <= width; x += kWordBytes) {
             const std::uint64_t word = WordAt(row + x);
@@ -37,11 +37,11 @@ void CountSingles(const std::uint8_t* first, std::size_t rowBytes, int width, in
 }
 
 // Counting is bound by its stores: a counter for each pair of neighbours halves them.
-void CountPairs(const std::uint8_t* first, std::size_t rowBytes, int width, int height,
-                std::uint32_t* histogram) {
+void CountPairs(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram) {
+    const int width = rect.Width();
     std::vector<std::uint32_t> pairs(kGrayLevels * kGrayLevels);
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* row = first + rowBytes * y;
+    for (int y = rect.y0; y <= rect.y1; ++y) {
+        const std::uint8_t* row = plane.Row(y) + rect.x0;
         int x = 0;
         for (; x + kWordBytes <= width; x += kWordBytes) {
             const std::uint64_t word = WordAt(row + x);
@@ -62,10 +62,9 @@ void CountPairs(const std::uint8_t* first, std::size_t rowBytes, int width, int 
 
 }  // namespace
 
-void CountPixels(const std::uint8_t* first, std::size_t rowBytes, int width, int height,
-                 std::uint32_t* histogram) {
-    const bool isLarge = std::int64_t{width} * height >= kPairsFrom;
-    (isLarge ? CountPairs : CountSingles)(first, rowBytes, width, height, histogram);
+void CountPixels(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram) {
+    if (rect.IsEmpty()) return;
+    (rect.Area() >= kPairsFrom ? CountPairs : CountSingles)(plane, rect, histogram);
 }
 
 }  // namespace tavrix

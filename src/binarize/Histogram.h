@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+
+#include "image/Plane.h"
 
 namespace tavrix {
 
 inline constexpr int kGrayLevels = 256;
 
-// Adds the bytes of a rectangle to 256 counters: height rows of width bytes, rowBytes apart.
-void CountPixels(const std::uint8_t* first, std::size_t rowBytes, int width, int height,
-                 std::uint32_t* histogram);
+// Adds the pixels of a rectangle inside the plane to 256 counters.
+void CountPixels(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram);
 
 }  // namespace tavrix

@@ -3,145 +3,158 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "binarize/MaskKernels.h"
 #include "image/NeighbourhoodKernels.h"
+#include "regions/HistogramMeasures.h"
 #include "regions/RegionKernels.h"
+#include "regions/RegionPasses.h"
 
 namespace tavrix {
 namespace {
 
-constexpr double kManyEdges = 0.139, kFewEdges = 0.07;  // shares of the page
+constexpr double kManyEdges = 0.139, kFewEdges = 0.07;  // shares of the page, padding included
+constexpr int kLevels = static_cast<int>(kEdgeLevelThresholds.size());
 
-// Calls pass with each row's offset and number.
-template <class RowPass>
-void ForEachRow(const PageShape& page, const RowPass& pass) {
-    for (int y = 0; y < page.height; ++y) pass(page.Offset(y), y);
-}
-
-// Measures rows of a page, with the kernels for this machine.
+// Sobel magnitudes of rows, with the kernels for this machine.
 class EdgeRows {
   public:
-    explicit EdgeRows(const PageShape& shape) : page(shape) {}
+    explicit EdgeRows(const ConstPlane& gray) : source(gray) {}
 
-    // SobelMagnitude of the columns x0..x1 of one row into a row of their own.
-    void Sobel(const std::uint8_t* source, int y, int x0, int x1, std::uint8_t* target, int maskCut) const {
-        const int first = std::max(x0, 1), last = std::min(x1, page.rowBytes - 2), count = last - first + 1;
-        if (y == 0 || y == page.height - 1 || count <= 0) {
-            if (x0 <= x1) std::memset(target + x0, 0, static_cast<std::size_t>(x1 - x0 + 1));
+    // The columns x0..x1 of row y into a row of the page's length.
+    void Measure(int y, int x0, int x1, std::uint8_t* edges) const {
+        const int first = std::max(x0, 1), last = std::min(x1, source.rowBytes - 2);
+        if (y == 0 || y == source.height - 1 || last < first) {
+            if (x0 <= x1) std::memset(edges + x0, 0, static_cast<std::size_t>(x1 - x0 + 1));
             return;
         }
-        const std::uint8_t* row = source + page.Offset(y) + first;
-        neighbourhoods.sobelRow(row - page.rowBytes, row, row + page.rowBytes, count, target + first);
-        if (maskCut >= 0) masks.maskUpTo(target + first, count, maskCut, target + first);
-        if (x0 < first) target[x0] = 0;
-        if (x1 > last) target[x1] = 0;
+        sobelRow(source.Row(y - 1) + first, source.Row(y) + first, source.Row(y + 1) + first,
+                 last - first + 1, edges + first);
+        if (x0 < first) edges[x0] = 0;
+        if (x1 > last) edges[x1] = 0;
     }
-    void Count(const std::uint8_t* edges, EdgeCounts& counts) const {
+    // Every pixel of row y, counted.
+    void MeasureAndCount(int y, std::uint8_t* edges, EdgeCounts& counts) const {
+        Measure(y, 0, source.width - 1, edges);
         for (std::size_t level = 0; level < counts.size(); ++level) {
-            counts[level] += masks.countFrom(edges, page.width, kEdgeLevelThresholds[level]);
+            counts[level] += countFrom(edges, source.width, kEdgeLevelThresholds[level]);
         }
     }
 
-    const NeighbourhoodKernels& neighbourhoods = platform::KernelsOf<NeighbourhoodKernels>();
-    const MaskKernels& masks = platform::KernelsOf<MaskKernels>();
-
   private:
-    const PageShape& page;
+    const ConstPlane source;
+    const decltype(NeighbourhoodKernels::sobelRow) sobelRow =
+        platform::KernelsOf<NeighbourhoodKernels>().sobelRow;
+    const decltype(MaskKernels::countFrom) countFrom = platform::KernelsOf<MaskKernels>().countFrom;
 };
 
 // The last column in which a stroke may end.
-int LastTip(const PageShape& page) {
+int LastTip(const ConstPlane& page) {
     return std::min(page.width - 1, page.columns - 2);
 }
 
-}  // namespace
-
-void SobelMagnitude(const PageShape& page, const std::uint8_t* source, std::uint8_t* target, PageRect rect,
-                    int maskCut) {
-    const EdgeRows rows(page);
-    for (int y = rect.y0; y <= rect.y1; ++y) {
-        rows.Sobel(source, y, rect.x0, rect.x1, target + page.Offset(y), maskCut);
-    }
-}
-
-EdgeCounts MeasureEdges(const PageShape& page, const std::uint8_t* source, std::uint8_t* edges) {
-    EdgeCounts counts{};
-    const EdgeRows rows(page);
-    ForEachRow(page, [&](std::size_t row, int y) {
-        rows.Sobel(source, y, 0, page.width - 1, edges + row, kNoMask);
-        rows.Count(edges + row, counts);
-    });
-    return counts;
-}
-
-int CountStrokeEndsOfEdges(const PageShape& page, const std::uint8_t* source, int level) {
-    constexpr std::size_t kLevels = kEdgeLevelThresholds.size();
-    EdgeCounts counts{};
-    std::array<int, kLevels> ends{};
-    // A row of edges; each level's mask of that row and, in turns, of the one before.
-    const std::size_t rowBytes = page.Offset(1);
-    std::vector<std::uint8_t> edges(rowBytes), masks(2 * kLevels * rowBytes);
-    const int lastTip = LastTip(page);
-    const EdgeRows rows(page);
-    const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
-    ForEachRow(page, [&](std::size_t, int y) {
-        rows.Sobel(source, y, 0, page.width - 1, edges.data(), kNoMask);
-        rows.Count(edges.data(), counts);
-        for (std::size_t i = 0; i < kLevels; ++i) {
-            const std::size_t odd = y % 2;
-            std::uint8_t* mask = &masks[(2 * i + odd) * rowBytes];
-            const std::uint8_t* before = &masks[(2 * i + 1 - odd) * rowBytes];
-            rows.masks.maskUpTo(edges.data(), page.columns, kEdgeLevelThresholds[i] - 1, mask);
-            if (y > 0 && lastTip > 0) ends[i] += countTips(before + 1, mask + 1, lastTip);
-        }
-    });
-    const int threshold = SettleEdgeThreshold(counts, page.Bytes(), level);
-    const auto* chosen = std::find(kEdgeLevelThresholds.begin(), kEdgeLevelThresholds.end(), threshold);
-    return ends[chosen - kEdgeLevelThresholds.begin()];
-}
-
+// One step towards a fair share of edges; not limited.
 int AdjustEdgeLevel(double edgeShare, int level) {
     if (edgeShare > kManyEdges) return level + 2;
     return edgeShare >= kFewEdges ? level : level - 1;
 }
 
-int SettleEdgeThreshold(const EdgeCounts& counts, std::size_t bytes, int level) {
-    constexpr int kTopLevel = static_cast<int>(kEdgeLevelThresholds.size()) - 1;
+// Takes those steps; the level of the last mask. `bytes` is what the shares are of.
+int SettledEdgeLevel(const EdgeCounts& counts, std::size_t bytes, int level) {
     bool up = false, down = false;
-    for (int previous = level;; previous = level) {
+    for (;;) {
         const double share = static_cast<double>(counts[level]) / static_cast<double>(bytes);
-        const int threshold = kEdgeLevelThresholds[level];
-        if (up && down) return threshold;
-        level = std::clamp(AdjustEdgeLevel(share, level), 0, kTopLevel);
-        if (level == previous) return threshold;
-        up = up || level > previous || level == kTopLevel;
-        down = down || level < previous || level == 0;
+        const int next = std::clamp(AdjustEdgeLevel(share, level), 0, kLevels - 1);
+        if (next == level || (up && down)) return level;
+        up = up || next > level || next == kLevels - 1;
+        down = down || next < level || next == 0;
+        level = next;
     }
 }
 
-void EdgeMask(const PageShape& page, const std::uint8_t* edges, int threshold, std::uint8_t* mask) {
+}  // namespace
+
+void SobelMagnitude(const ConstPlane& source, const Plane& edges, const Rect& rect) {
+    const EdgeRows rows(source);
+    for (int y = rect.y0; y <= rect.y1; ++y) rows.Measure(y, rect.x0, rect.x1, edges.Row(y));
+}
+
+void StrongEdgeMask(const ConstPlane& source, const Plane& mask, const Rect& rect, int cut) {
+    SobelMagnitude(source, mask, rect);
+    const Rect inner = Intersection(rect, {1, 1, static_cast<std::int16_t>(source.rowBytes - 2),
+                                           static_cast<std::int16_t>(source.height - 2)});
+    const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
+    if (inner.IsEmpty()) return;
+    for (int y = inner.y0; y <= inner.y1; ++y) {
+        std::uint8_t* row = mask.Row(y) + inner.x0;
+        maskUpTo(row, inner.Width(), cut, row);
+    }
+}
+
+EdgeCounts MeasureEdges(const ConstPlane& source, const Plane& edges) {
+    EdgeCounts counts{};
+    const EdgeRows rows(source);
+    for (int y = 0; y < source.height; ++y) rows.MeasureAndCount(y, edges.Row(y), counts);
+    return counts;
+}
+
+void EdgeMask(const ConstPlane& edges, int threshold, const Plane& mask) {
     const int limit = std::clamp(threshold - 1, -1, 255);
     const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
-    ForEachRow(page, [&](std::size_t row, int) { maskUpTo(edges + row, page.columns, limit, mask + row); });
+    for (int y = 0; y < edges.height; ++y) maskUpTo(edges.Row(y), edges.columns, limit, mask.Row(y));
 }
 
-void GrayMask(const PageShape& page, const std::uint8_t* gray, int threshold, std::uint8_t* mask) {
+void GrayMask(const ConstPlane& gray, int threshold, const Plane& mask) {
     const int limit = std::clamp(threshold, -1, 255);
     const auto maskAbove = platform::KernelsOf<MaskKernels>().maskAbove;
-    ForEachRow(page, [&](std::size_t row, int) { maskAbove(gray + row, page.columns, limit, mask + row); });
+    for (int y = 0; y < gray.height; ++y) maskAbove(gray.Row(y), gray.columns, limit, mask.Row(y));
 }
 
-int CountStrokeEnds(const PageShape& page, const std::uint8_t* mask) {
-    const int last = LastTip(page);
+int CountStrokeEnds(const ConstPlane& mask) {
+    const int last = LastTip(mask);
     const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
     int count = 0;
-    for (int y = 0; y + 1 < page.height && last >= 1; ++y) {
-        const std::uint8_t* row = mask + page.Offset(y) + 1;
-        count += countTips(row, row + page.rowBytes, last);
+    for (int y = 0; y + 1 < mask.height && last >= 1; ++y) {
+        count += countTips(mask.Row(y) + 1, mask.Row(y + 1) + 1, last);
     }
     return count;
+}
+
+int MaskStrokes(const std::uint32_t* histogram, const ConstPlane& gray, const Plane& edges,
+                const Plane& mask) {
+    const EdgeCounts counts = MeasureEdges(gray, edges);
+    const int level = SettledEdgeLevel(counts, gray.Bytes(), ContrastLevel(histogram, gray.Bytes()));
+    EdgeMask(edges, kEdgeLevelThresholds[level], mask);
+    return CountStrokeEnds(mask);
+}
+
+int CountStrokeEndsOf(const ConstPlane& gray) try {
+    std::array<std::uint32_t, 256> histogram;
+    RegionHistogram(gray, gray.Whole(), histogram.data());
+    // A row of edges; each level's mask of that row and, in turns, of the one before.
+    const auto rowBytes = static_cast<std::size_t>(gray.rowBytes);
+    std::vector<std::uint8_t> edges(rowBytes), masks(2 * kLevels * rowBytes);
+    EdgeCounts counts{};
+    std::array<int, kLevels> ends{};
+    const int lastTip = LastTip(gray);
+    const EdgeRows rows(gray);
+    const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
+    const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
+    for (int y = 0; y < gray.height; ++y) {
+        rows.MeasureAndCount(y, edges.data(), counts);
+        for (std::size_t level = 0; level < kLevels; ++level) {
+            const std::size_t odd = y % 2;
+            std::uint8_t* mask = &masks[(2 * level + odd) * rowBytes];
+            const std::uint8_t* before = &masks[(2 * level + 1 - odd) * rowBytes];
+            maskUpTo(edges.data(), gray.columns, kEdgeLevelThresholds[level] - 1, mask);
+            if (y > 0 && lastTip > 0) ends[level] += countTips(before + 1, mask + 1, lastTip);
+        }
+    }
+    return ends[SettledEdgeLevel(counts, gray.Bytes(), ContrastLevel(histogram.data(), gray.Bytes()))];
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
 }  // namespace tavrix

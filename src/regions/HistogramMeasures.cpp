@@ -4,14 +4,22 @@
 namespace tavrix {
 namespace {
 
-constexpr int kLastDarkBin = 131;
-constexpr int kLastCountedBin = 254;
+// Gray levels.
+constexpr int kLastDark = 131, kLastCounted = 254;
+constexpr int kFirstMiddle = 25, kLastMiddle = 229;   // neither black nor white
+constexpr int kFirstBright = 192, kLastBright = 254;  // paper that is not blown out
+constexpr int kLowestTextMean = 49, kHighestTextMean = 127;
+constexpr int kFarBelow = 21;  // levels below the mean
+
+// Shares of a page.
+constexpr double kMiddlePage = 0.5, kBrightPage = 0.1;
+constexpr int kEighth = 8;  // one in so many dark pixels is far below the mean
 
 struct DarkSums {
     std::uint64_t count = 0, moment = 0;
 
     explicit DarkSums(const std::uint32_t* histogram) {
-        for (unsigned i = 0; i <= kLastDarkBin; ++i) {
+        for (unsigned i = 0; i <= kLastDark; ++i) {
             count += histogram[i];
             moment += std::uint64_t{i} * histogram[i];
         }
@@ -27,30 +35,12 @@ std::uint64_t SumBins(const std::uint32_t* histogram, int first, int last) {
     return sum;
 }
 
-HistogramShares SharesOf(const std::uint32_t* histogram) {
-    const auto all = static_cast<float>(SumBins(histogram, 0, 255));
-    const auto share = [&](int first, int last) {
-        return static_cast<float>(SumBins(histogram, first, last)) / all;
-    };
-    return {share(191, 255), share(63, 190), share(63, 126), share(127, 190), share(0, 62)};
-}
-
-int ClassifyDarkPage(const HistogramShares& shares) {
-    const double high = shares.high, mid = shares.mid, midLow = shares.midLow, midHigh = shares.midHigh,
-                 low = shares.low;
-    if (low > 0.5) return mid <= 0.4 ? 3 : 2;
-    if (high > 0.3 && midLow > 0.3 && midHigh < 0.3) return 5;
-    if (low > 0.3 && midHigh > 0.3 && midLow < 0.3) return 5;
-    if (mid > 0.4) return 4;
-    if (low <= 0.2) return 5;
-    if (high <= 0.2) return 5;
-    return mid > 0.15 ? 4 : 5;
-}
-
 int ContrastLevel(const std::uint32_t* histogram, std::size_t bytes) {
-    const auto all = static_cast<double>(bytes);
-    if (static_cast<double>(SumBins(histogram, 25, 229)) / all < 0.5) return 1;
-    return static_cast<double>(SumBins(histogram, 192, 254)) / all < 0.1 ? 0 : 2;
+    const auto share = [&](int first, int last) {
+        return static_cast<double>(SumBins(histogram, first, last)) / static_cast<double>(bytes);
+    };
+    if (share(kFirstMiddle, kLastMiddle) < kMiddlePage) return 1;
+    return share(kFirstBright, kLastBright) < kBrightPage ? 0 : 2;
 }
 
 int DarkMean(const std::uint32_t* histogram, int ifNone) {
@@ -58,16 +48,16 @@ int DarkMean(const std::uint32_t* histogram, int ifNone) {
     return dark.count == 0 ? ifNone : dark.Mean();
 }
 
-int CheckedDarkMean(const std::uint32_t* histogram, double darkShare) {
-    constexpr int kLowestMean = 49, kHighestMean = 127, kFarBelow = 21;
+std::optional<int> DarkTextMean(const std::uint32_t* histogram, double darkShare) {
     const DarkSums dark(histogram);
-    const std::uint64_t counted = dark.count + SumBins(histogram, kLastDarkBin + 1, kLastCountedBin);
+    const std::uint64_t counted = dark.count + SumBins(histogram, kLastDark + 1, kLastCounted);
     if (dark.count == 0 || darkShare * static_cast<double>(counted) > static_cast<double>(dark.count)) {
-        return -1;
+        return std::nullopt;
     }
     const int mean = dark.Mean();
-    if (mean < kLowestMean || mean > kHighestMean) return -1;
-    return 8 * SumBins(histogram, 0, mean - kFarBelow) >= dark.count ? mean : -1;
+    if (mean < kLowestTextMean || mean > kHighestTextMean) return std::nullopt;
+    if (kEighth * SumBins(histogram, 0, mean - kFarBelow) < dark.count) return std::nullopt;
+    return mean;
 }
 
 }  // namespace tavrix

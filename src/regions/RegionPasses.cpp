@@ -11,76 +11,68 @@
 namespace tavrix {
 namespace {
 
-// The part of a rectangle that lies inside the page, with 32-bit coordinates.
-struct Inside {
-    int x0, y0, x1, y1;
-
-    Inside(const PageShape& page, PageRect rect)
-        : x0(std::max<int>(rect.x0, 0)),
-          y0(std::max<int>(rect.y0, 0)),
-          x1(std::min<int>(rect.x1, page.columns - 1)),
-          y1(std::min<int>(rect.y1, page.height - 1)) {}
-
-    int Columns() const { return x1 - x0 + 1; }
-    std::int64_t Area() const { return x1 < x0 || y1 < y0 ? 0 : std::int64_t{Columns()} * (y1 - y0 + 1); }
-};
-
-// Calls pass with the offset of each row's first byte of the rectangle.
+// Calls pass(y) for each row of a rectangle that has columns.
 template <class RowPass>
-void ForEachRow(const PageShape& page, const Inside& rect, const RowPass& pass) {
+void ForEachRow(const Rect& rect, const RowPass& pass) {
     if (rect.x1 < rect.x0) return;
-    for (int y = rect.y0; y <= rect.y1; ++y) pass(page.Offset(y) + rect.x0);
+    for (int y = rect.y0; y <= rect.y1; ++y) pass(y);
+}
+
+std::int64_t AreaOutside(const Rect& rect, const Rect& inside) {
+    return rect.Area() - (inside.IsEmpty() ? 0 : inside.Area());
+}
+
+// Rows 0 and height - 1, where a 3 x 3 neighbourhood reaches over the edge: the source itself.
+bool CopiesEndRow(const ConstPlane& source, const Plane& target, const Rect& inside, int y) {
+    if (y != 0 && y != source.height - 1) return false;
+    std::memcpy(target.Row(y) + inside.x0, source.Row(y) + inside.x0,
+                static_cast<std::size_t>(inside.Width()));
+    return true;
 }
 
 }  // namespace
 
-void RegionHistogram(const PageShape& page, PageRect rect, const std::uint8_t* buffer,
-                     std::uint32_t* histogram) {
+void RegionHistogram(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram) {
     std::fill_n(histogram, kGrayLevels, 0u);
-    const Inside inside(page, rect);
-    if (inside.Area() > 0) {
-        CountPixels(buffer + page.Offset(inside.y0) + inside.x0, page.rowBytes, inside.Columns(),
-                    inside.y1 - inside.y0 + 1, histogram);
-    }
-    histogram[0] += static_cast<std::uint32_t>(std::max<std::int64_t>(rect.Area() - inside.Area(), 0));
+    const Rect inside = Intersection(rect, plane.Reach());
+    CountPixels(plane, inside, histogram);
+    histogram[0] += static_cast<std::uint32_t>(AreaOutside(rect, inside));
 }
 
-int ThresholdRegion(const PageShape& page, PageRect rect, int threshold, const std::uint8_t* source,
-                    std::uint8_t* target, bool force, double lightFactor) {
-    const int limit = std::clamp(threshold, 0, 256);
+Verdict ThresholdRegion(const ConstPlane& source, const Plane& target, const Rect& rect, int threshold,
+                        Earlier earlier, double lightFactor) {
+    const int limit = std::clamp(threshold, 0, kGrayLevels);
+    const bool force = earlier == Earlier::kOverwritten;
     std::int64_t dark = 0, light = 0;
-    const Inside inside(page, rect);
-    const auto& kernels = platform::KernelsOf<RegionKernels>();
-    ForEachRow(page, inside, [&](std::size_t row) {
-        kernels.thresholdRegionRow(source + row, inside.Columns(), limit, force, target + row, &dark, &light);
+    const Rect inside = Intersection(rect, source.Reach());
+    const auto thresholdRow = platform::KernelsOf<RegionKernels>().thresholdRegionRow;
+    ForEachRow(inside, [&](int y) {
+        thresholdRow(source.Row(y) + inside.x0, inside.Width(), limit, force, target.Row(y) + inside.x0,
+                     &dark, &light);
     });
-    const std::int64_t outside = std::max<std::int64_t>(rect.Area() - inside.Area(), 0);
     if (limit > 0) {
-        dark += outside;
+        dark += AreaOutside(rect, inside);
     } else if (force) {
-        light += outside;
+        light += AreaOutside(rect, inside);
     }
-    return static_cast<double>(light) * lightFactor < static_cast<double>(dark) ? kMostlyDark : 0;
+    const bool mostlyDark = static_cast<double>(light) * lightFactor < static_cast<double>(dark);
+    return mostlyDark ? Verdict::kMostlyDark : Verdict::kLightEnough;
 }
 
-void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* source, std::uint8_t* target) {
-    const Inside inside(page, rect);
-    const auto& kernels = platform::KernelsOf<NeighbourhoodKernels>();
-    const int first = std::max(inside.x0, 1), last = std::min(inside.x1, page.rowBytes - 2);
+void SmoothRegion(const ConstPlane& source, const Plane& target, const Rect& rect) {
+    const Rect inside = Intersection(rect, source.Reach());
+    const auto meanRow = platform::KernelsOf<NeighbourhoodKernels>().meanRow;
+    const int end = source.rowBytes - 1;
+    const int first = std::max<int>(inside.x0, 1), last = std::min<int>(inside.x1, end - 1);
     // The last column may have no right neighbour to read.
-    const int lastFull = std::min(last, page.columns - 2);
-    ForEachRow(page, inside, [&](std::size_t rowStart) {
-        const std::size_t offset = rowStart - inside.x0;
-        const std::uint8_t* row = source + offset;
-        std::uint8_t* out = target + offset;
-        if (offset == 0 || offset == page.Offset(page.height - 1)) {
-            std::memcpy(out + inside.x0, row + inside.x0, static_cast<std::size_t>(inside.Columns()));
-            return;
-        }
-        const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
+    const int lastFull = std::min(last, source.columns - 2);
+    ForEachRow(inside, [&](int y) {
+        if (CopiesEndRow(source, target, inside, y)) return;
+        const std::uint8_t *before = source.Row(y - 1), *row = source.Row(y), *after = source.Row(y + 1);
+        std::uint8_t* out = target.Row(y);
         if (inside.x0 == 0) out[0] = row[0];
-        if (inside.x1 == page.rowBytes - 1) out[inside.x1] = row[inside.x1];
-        kernels.meanRow(before + first, row + first, after + first, lastFull - first + 1, out + first);
+        if (inside.x1 == end) out[end] = row[end];
+        meanRow(before + first, row + first, after + first, lastFull - first + 1, out + first);
         for (int x = std::max(first, lastFull + 1); x <= last; ++x) {
             const int sum = before[x - 1] + before[x] + row[x - 1] + row[x] + after[x - 1] + after[x];
             out[x] = static_cast<std::uint8_t>(sum / 9);
@@ -90,30 +82,24 @@ void SmoothRegion(const PageShape& page, PageRect rect, const std::uint8_t* sour
 
 // In single precision the difference is exact where it is not negative, and the neighbours are whole: so
 // the kernel may truncate the product first.
-void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* source, std::uint8_t* target,
-                   float factor) {
-    const Inside inside(page, rect);
+void SharpenRegion(const ConstPlane& source, const Plane& target, const Rect& rect, float factor) {
+    const Rect inside = Intersection(rect, source.Reach());
     const auto sharpenRow = platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
-    const int end = page.rowBytes - 1;
-    ForEachRow(page, inside, [&](std::size_t rowStart) {
-        const std::size_t offset = rowStart - inside.x0;
-        const std::uint8_t* row = source + offset;
-        std::uint8_t* out = target + offset;
-        if (offset == 0 || offset == page.Offset(page.height - 1)) {
-            std::memcpy(out + inside.x0, row + inside.x0, static_cast<std::size_t>(inside.Columns()));
-            return;
-        }
-        const std::uint8_t *before = row - page.rowBytes, *after = row + page.rowBytes;
+    const int end = source.rowBytes - 1;
+    ForEachRow(inside, [&](int y) {
+        if (CopiesEndRow(source, target, inside, y)) return;
+        const std::uint8_t *before = source.Row(y - 1), *row = source.Row(y), *after = source.Row(y + 1);
+        std::uint8_t* out = target.Row(y);
         const auto sharpen = [&](int first, int last) {
             sharpenRow(before + first, row + first, after + first, last - first + 1, factor, out + first);
         };
-        sharpen(std::max(inside.x0, 1), std::min(inside.x1, page.width - 2));
-        for (const int x : {0, page.width - 1}) {
+        sharpen(std::max<int>(inside.x0, 1), std::min<int>(inside.x1, source.width - 2));
+        for (const int x : {0, source.width - 1}) {
             if (x >= inside.x0 && x <= inside.x1) out[x] = row[x];
         }
-        // Padding, when it belongs to the page.
-        const int firstPadding = std::max({inside.x0, 1, page.width});
-        if (inside.x1 < end || firstPadding > end || offset != page.Offset(page.height - 2)) {
+        // Padding, when it belongs to the plane.
+        const int firstPadding = std::max({static_cast<int>(inside.x0), 1, source.width});
+        if (inside.x1 < end || firstPadding > end || y != source.height - 2) {
             sharpen(firstPadding, inside.x1);
             return;
         }
@@ -126,32 +112,30 @@ void SharpenRegion(const PageShape& page, PageRect rect, const std::uint8_t* sou
     });
 }
 
-void MergeRegionMasks(const PageShape& page, PageRect rect, std::uint8_t* target, const std::uint8_t* other) {
-    const Inside inside(page, rect);
-    const auto& kernels = platform::KernelsOf<RegionKernels>();
-    ForEachRow(page, inside,
-               [&](std::size_t row) { kernels.mergeRow(target + row, other + row, inside.Columns()); });
+void MergeRegionMasks(const Plane& target, const ConstPlane& other, const Rect& rect) {
+    const Rect inside = Intersection(rect, target.Reach());
+    const auto mergeRow = platform::KernelsOf<RegionKernels>().mergeRow;
+    ForEachRow(inside,
+               [&](int y) { mergeRow(target.Row(y) + inside.x0, other.Row(y) + inside.x0, inside.Width()); });
 }
 
-void MarkRegion(const PageShape& page, PageRect rect, std::uint8_t* mask) {
-    const Inside inside(page, rect);
-    const auto& kernels = platform::KernelsOf<RegionKernels>();
-    ForEachRow(page, inside, [&](std::size_t row) { kernels.markRow(mask + row, inside.Columns()); });
+void MarkRegion(const Plane& result, const Rect& rect) {
+    const Rect inside = Intersection(rect, result.Reach());
+    const auto markRow = platform::KernelsOf<RegionKernels>().markRow;
+    ForEachRow(inside, [&](int y) { markRow(result.Row(y) + inside.x0, inside.Width()); });
 }
 
-PageRect FillAndMarkRegion(const PageShape& page, PageRect rect, std::uint8_t* mask) {
-    rect.x0 = std::max<std::int16_t>(rect.x0, 1);
-    rect.y0 = std::max<std::int16_t>(rect.y0, 1);
-    rect.x1 = static_cast<std::int16_t>(std::min<int>(rect.x1, page.rowBytes - 2));
-    rect.y1 = static_cast<std::int16_t>(std::min<int>(rect.y1, page.height - 2));
-    const Inside inside(page, rect);
-    const auto& kernels = platform::KernelsOf<RegionKernels>();
-    ForEachRow(page, inside, [&](std::size_t start) {
-        std::uint8_t* row = mask + start;
-        const bool outside = inside.x1 + 1 >= page.columns;  // reads 0
-        kernels.fillAndMarkRow(row - page.rowBytes, row, row + page.rowBytes, inside.Columns(), outside);
+Rect FillAndMarkRegion(const Plane& result, const Rect& rect) {
+    const Rect core = Intersection(
+        rect, {1, 1, ClampedSide(result.rowBytes - 2), static_cast<std::int16_t>(result.height - 2)});
+    const Rect inside = Intersection(core, result.Reach());
+    const auto fillAndMarkRow = platform::KernelsOf<RegionKernels>().fillAndMarkRow;
+    const bool blackAfter = inside.x1 + 1 >= result.columns;  // reads 0
+    ForEachRow(inside, [&](int y) {
+        fillAndMarkRow(result.Row(y - 1) + inside.x0, result.Row(y) + inside.x0,
+                       result.Row(y + 1) + inside.x0, inside.Width(), blackAfter);
     });
-    return rect;
+    return core;
 }
 
 }  // namespace tavrix

@@ -12,6 +12,17 @@ constexpr int kJump = 20;          // gray levels between neighbours, exceeded a
 constexpr int kSteady = 20;        // columns that the edge may wander from row to row
 constexpr int kMaxMisses = 5;      // rows without a fitting edge
 constexpr int kWidestBorder = 50;  // pixels
+constexpr int kEndRows = 8;        // painted at each end of the page
+
+// Columns x0 to end - 1 of the rows y0 to endY - 1, as far as they lie inside.
+void Paint(const Plane& plane, int x0, int end, int y0, int endY, std::uint8_t value) {
+    x0 = std::max(x0, 0);
+    end = std::min(end, plane.width);
+    if (x0 >= end) return;
+    for (int y = std::max(y0, 0); y < std::min(endY, plane.height); ++y) {
+        std::memset(plane.Row(y) + x0, value, static_cast<std::size_t>(end - x0));
+    }
+}
 
 // The edge of one side, row by row.
 struct Side {
@@ -41,11 +52,11 @@ bool Jumps(const std::uint8_t* row, int a, int b) {
 
 }  // namespace
 
-SideBorders FindSideBorders(const PageShape& page, const std::uint8_t* gray) {
-    const int width = page.width, depth = width / 8;
+SideBorders FindSideBorders(const ConstPlane& gray) {
+    const int width = gray.width, depth = width / 8;
     Side left, right;
-    for (int y = 2 * page.height / 4; y < 7 * page.height / 8; ++y) {
-        const std::uint8_t* row = gray + page.Offset(y);
+    for (int y = 2 * gray.height / 4; y < 7 * gray.height / 8; ++y) {
+        const std::uint8_t* row = gray.Row(y);
         int x = 0;
         while (x < depth && !Jumps(row, x, x + 1)) ++x;
         left.AddRow(x < depth, x);
@@ -73,19 +84,16 @@ SideBorders FindSideBorders(const PageShape& page, const std::uint8_t* gray) {
     return borders;
 }
 
-void PaintColumns(const PageShape& page, std::uint8_t* gray, int x0, int count, std::uint8_t value) {
-    const int first = std::max(x0, 0), end = std::min(x0 + count, page.width);
-    if (first >= end) return;
-    for (int y = 0; y < page.height; ++y) {
-        std::memset(gray + page.Offset(y) + first, value, static_cast<std::size_t>(end - first));
-    }
+void PaintMargins(const Plane& gray, int left, int right, std::uint8_t value) {
+    const int width = gray.width, height = gray.height;
+    Paint(gray, 0, left, 0, height, value);
+    Paint(gray, width - right + 1, width, 0, height, value);
+    Paint(gray, 0, width, 0, kEndRows, value);
+    Paint(gray, 0, width, height - kEndRows, height, value);
 }
 
-void PaintRows(const PageShape& page, std::uint8_t* gray, int y0, int count, std::uint8_t value) {
-    const int end = std::min(y0 + count, page.height);
-    for (int y = std::max(y0, 0); y < end; ++y) {
-        std::memset(gray + page.Offset(y), value, static_cast<std::size_t>(page.width));
-    }
+void FillPixels(const Plane& plane, std::uint8_t value) {
+    Paint(plane, 0, plane.width, 0, plane.height, value);
 }
 
 }  // namespace tavrix

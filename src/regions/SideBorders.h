@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "regions/PageShape.h"
+#include "image/Plane.h"
 
 namespace tavrix {
 
@@ -14,10 +14,13 @@ struct SideBorders {
 
 // Looks for the edge of the card in the outer eighths of the rows from the middle of the page to seven
 // eighths of it.
-SideBorders FindSideBorders(const PageShape& page, const std::uint8_t* gray);
+SideBorders FindSideBorders(const ConstPlane& gray);
 
-// Gives `count` columns from x0 on, inside the page, the value in every row; likewise whole rows.
-void PaintColumns(const PageShape& page, std::uint8_t* gray, int x0, int count, std::uint8_t value);
-void PaintRows(const PageShape& page, std::uint8_t* gray, int y0, int count, std::uint8_t value);
+// Gives the page's margins a value, as far as they lie inside: `left` columns, one column less than `right`,
+// and the first and last rows.
+void PaintMargins(const Plane& gray, int left, int right, std::uint8_t value);
+
+// Gives every pixel a value; padding stays as it is.
+void FillPixels(const Plane& plane, std::uint8_t value);
 
 }  // namespace tavrix

@@ -7,10 +7,15 @@
 
 #include "binarize/MaskKernels.h"
 #include "regions/RegionKernels.h"
-#include "regions/RegionPasses.h"
 
 namespace tavrix {
 namespace {
+
+constexpr int kMinRuns = 5;           // of a component
+constexpr int kMinArea = 33;          // pixels
+constexpr int kMinWideHeight = 10;    // rows, exceeded by a wide component
+constexpr int kFirstLight = 128;      // gray level from which a pixel is light
+constexpr double kLightFactor = 1.1;  // mostly dark: light pixels times this are fewer than dark ones
 
 constexpr int kMaxGroups = 64;
 constexpr int kGroupGap = 20;  // rows between neighbouring centres of a group, at most
@@ -117,17 +122,14 @@ void ForEachRun(const std::uint64_t* words, int count, const Found& found) {
 ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& component) {
     float area = 0, sumX = 0, sumY = 0;
     ComponentRecord record{};
-    record.left = record.top = kMaxSide;
     for (int i = component.firstRun; i >= 0; i = labelled.runs[i].next) {
         const RunSegment& run = labelled.runs[i];
         const int x0 = kColumnStep * run.x0, x1 = kColumnStep * run.x1, length = x1 - x0 + 1;
         area += static_cast<float>(length);
         sumX += static_cast<float>(std::int64_t{x0 + x1} * length / 2);
         sumY += static_cast<float>(std::int64_t{length} * run.y);
-        record.left = std::min(record.left, x0);
-        record.right = std::max(record.right, x1);
-        record.top = std::min<int>(record.top, run.y);
-        record.bottom = std::max<int>(record.bottom, run.y);
+        const Rect box{static_cast<std::int16_t>(x0), run.y, static_cast<std::int16_t>(x1), run.y};
+        record.box = i == component.firstRun ? box : Union(record.box, box);
     }
     const auto centre = [&](float sum) { return static_cast<int>(static_cast<double>(sum / area) + 0.5); };
     record.centreX = centre(sumX);
@@ -136,16 +138,11 @@ ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& c
     return record;
 }
 
-// More than 1.1 times as many pixels up to 127 as above it in the component's box.
-bool IsMostlyDark(const PageShape& page, const std::uint8_t* gray, const ComponentRecord& box) {
-    constexpr int kFirstLight = 128;
+bool IsMostlyDark(const ConstPlane& gray, const Rect& box) {
     const auto countFrom = platform::KernelsOf<MaskKernels>().countFrom;
     std::int64_t light = 0;
-    for (int y = box.top; y <= box.bottom; ++y) {
-        light += countFrom(gray + page.Offset(y) + box.left, box.right - box.left + 1, kFirstLight);
-    }
-    const std::int64_t all = std::int64_t{box.right - box.left + 1} * (box.bottom - box.top + 1);
-    return static_cast<double>(light) * 1.1 < static_cast<double>(all - light);
+    for (int y = box.y0; y <= box.y1; ++y) light += countFrom(gray.Row(y) + box.x0, box.Width(), kFirstLight);
+    return static_cast<double>(light) * kLightFactor < static_cast<double>(box.Area() - light);
 }
 
 // Sorts records by centreY, splits them where neighbours are far apart, and sorts each group by centreX.
@@ -166,33 +163,32 @@ void SortIntoGroups(std::vector<ComponentRecord>& records) {
 
 }  // namespace
 
-LabelledRuns LabelRuns(const PageShape& page, const std::uint8_t* mask) {
-    const int columns = page.rowBytes / kColumnStep;
+LabelledRuns LabelRuns(const ConstPlane& mask) {
+    const int columns = mask.rowBytes / kColumnStep;
     std::vector<std::uint64_t> words(static_cast<std::size_t>(columns) / 64 + 2);
     const auto evenZeroBits = platform::KernelsOf<RegionKernels>().evenZeroBits;
     RunLabeller labeller;
-    for (int y = 0; y < page.height; ++y) {
-        evenZeroBits(mask + page.Offset(y), columns, words.data());
+    for (int y = 0; y < mask.height; ++y) {
+        evenZeroBits(mask.Row(y), columns, words.data());
         ForEachRun(words.data(), columns, [&](int x0, int x1) { labeller.AddRun(x0, x1, y); });
         labeller.EndRow();
     }
     return labeller.Take();
 }
 
-std::vector<ComponentRecord> FindTextComponents(const PageShape& page, const std::uint8_t* mask,
-                                                const std::uint8_t* gray, bool wideToo) {
-    constexpr int kMinRuns = 5, kMinArea = 33, kMinWideHeight = 10;
-    const LabelledRuns labelled = LabelRuns(page, mask);
+std::vector<ComponentRecord> FindTextComponents(const ConstPlane& mask, const ConstPlane& gray,
+                                                bool wideToo) {
+    const LabelledRuns labelled = LabelRuns(mask);
     std::vector<ComponentRecord> records;
     for (const LabelledComponent& component : labelled.components) {
         const int runs = component.runEnds / 2;
         if (runs < kMinRuns) continue;
         const ComponentRecord record = Measure(labelled, component);
-        const int w = record.right - record.left, h = record.bottom - record.top;
-        const bool wide = w >= page.rowBytes / 2;
+        const int w = record.box.x1 - record.box.x0, h = record.box.y1 - record.box.y0;
+        const bool wide = w >= mask.rowBytes / 2;
         const bool accepted = wide ? wideToo && runs > kMinRuns && record.area > kMinArea &&
-                                         h > kMinWideHeight && IsMostlyDark(page, gray, record)
-                                   : record.area >= kMinArea && h < 2 * page.height / 3;
+                                         h > kMinWideHeight && IsMostlyDark(gray, record.box)
+                                   : record.area >= kMinArea && h < 2 * mask.height / 3;
         if (accepted) records.push_back(record);
     }
     SortIntoGroups(records);

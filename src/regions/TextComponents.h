@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "regions/PageShape.h"
+#include "image/Plane.h"
 
 // Text-like components of a mask (0 is foreground) of which every second column counts.
 namespace tavrix {
@@ -32,19 +32,18 @@ struct LabelledRuns {
 struct ComponentRecord {
     int group;  // index of its row group
     int area;
-    int left, right, bottom, top;  // bottom is the largest row
+    Rect box;
     int centreX, centreY;
 };
 
 // Components of the runs that touch from row to row, columns above one another. Where a run joins two
 // components, the one found first takes over the other, whose runs follow its own; the column of the
 // junction then carries no label for the row after it.
-LabelledRuns LabelRuns(const PageShape& page, const std::uint8_t* mask);
+LabelledRuns LabelRuns(const ConstPlane& mask);
 
 // Components of the size of text: at least five runs, 33 pixels, lower than two thirds of the page and
 // narrower than half of it. Where wideToo is set, wider ones that are mostly dark in the gray page are
 // accepted as well. Sorted into row groups from row 0 upward, a group's records from left to right.
-std::vector<ComponentRecord> FindTextComponents(const PageShape& page, const std::uint8_t* mask,
-                                                const std::uint8_t* gray, bool wideToo);
+std::vector<ComponentRecord> FindTextComponents(const ConstPlane& mask, const ConstPlane& gray, bool wideToo);
 
 }  // namespace tavrix
