@@ -1,5 +1,5 @@
 # cmake --install: the library, its headers, the CMake package Tavrix::tavrix, tavrix.pc, the command with
-# its manual page and completion; CPack: a .deb, or for Windows a .zip.
+# its manual page and completion.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -29,33 +29,30 @@ else()
   file(RELATIVE_PATH TAVRIX_PC_UP /${CMAKE_INSTALL_LIBDIR} /)
   configure_file(cmake/tavrix.pc.in tavrix.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/tavrix.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-  install(FILES python/tavrix.py DESTINATION lib/python3/dist-packages)
-  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
+  # Where the system's Python looks: under /usr one folder for all versions, elsewhere one a version.
+  find_program(TAVRIX_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+  set(python_version python3)
+  if(TAVRIX_PYTHON)
+    execute_process(COMMAND ${TAVRIX_PYTHON} -c "import sys; print('python%d.%d' % sys.version_info[:2], end='')"
+      OUTPUT_VARIABLE python_version)
+  endif()
+  install(CODE "
+    if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+      set(python_version python3)
+    else()
+      set(python_version ${python_version})
+    endif()")
+  install(FILES python/tavrix.py DESTINATION lib/\${python_version}/dist-packages)
 endif()
 if(TARGET tavrix_command)
   file(RELATIVE_PATH libdir_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(tavrix_command PROPERTIES
     INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
   install(TARGETS tavrix_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  install(FILES docs/tavrix.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/tavrix.1.gz DEPENDS docs/tavrix.1
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/tavrix.1 >${PROJECT_BINARY_DIR}/tavrix.1.gz)
+  add_custom_target(tavrix_manual ALL DEPENDS ${PROJECT_BINARY_DIR}/tavrix.1.gz)
+  install(FILES ${PROJECT_BINARY_DIR}/tavrix.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES host/completion/tavrix.bash RENAME tavrix
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
-
-set(CPACK_PACKAGE_NAME tavrix)
-set(CPACK_PACKAGE_VENDOR "The Tavrix authors")
-set(CPACK_PACKAGE_CONTACT "The Tavrix authors <tavrix@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Clean black and white, text lines and logos from scans of business cards")
-set(CPACK_STRIP_FILES ON)
-if(WIN32)
-  set(CPACK_GENERATOR ZIP)
-  set(CPACK_PACKAGE_FILE_NAME tavrix-${PROJECT_VERSION}-win32)
-else()
-  set(CPACK_GENERATOR DEB)
-  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-  set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-endif()
-include(CPack)

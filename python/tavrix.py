@@ -12,7 +12,7 @@ columns and rows counted from the top left.
     print(tavrix.card(gray).true_line)
 
 The module needs the shared library: the one named by the environment variable TAVRIX_LIBRARY, else one
-beside this file, else the system's.
+beside this file, built in this checkout or installed with this file, else the system's.
 """
 
 import contextlib
@@ -122,10 +122,11 @@ _RESULTS_AND_ARGUMENTS = {
 
 
 def _load():
-    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libtavrix.so")
-    name = os.environ.get("TAVRIX_LIBRARY") or (beside if os.path.exists(beside) else
-                                                ctypes.util.find_library("tavrix") or "libtavrix.so.1")
-    library = ctypes.CDLL(name)
+    here = os.path.dirname(os.path.abspath(__file__))
+    near = [os.path.join(here, path)
+            for path in ("libtavrix.so", "../build/release/src/libtavrix.so", "../../libtavrix.so.1")]
+    library = ctypes.CDLL(os.environ.get("TAVRIX_LIBRARY") or next(filter(os.path.exists, near), None) or
+                          ctypes.util.find_library("tavrix") or "libtavrix.so.1")
     for function, (result, arguments) in _RESULTS_AND_ARGUMENTS.items():
         getattr(library, function).restype = result
         getattr(library, function).argtypes = arguments

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# deb_test.sh BUILD: builds the Debian package, installs it into an empty root, runs the command there and
+# deb_test.sh BUILD: builds the Debian package, has lintian check it, installs it into an empty root, runs the command there and
 # removes the package again.
 set -euo pipefail
 build=$1
@@ -10,9 +10,15 @@ cpack --config "$build/CPackConfig.cmake" -B "$work" -G DEB >"$work/log" 2>&1 ||
 deb=$(ls "$work"/*.deb)
 
 # What it depends on must be installable: every name is known to this system's package lists.
-for name in $(dpkg-deb -f "$deb" Depends | sed 's/([^)]*)//g; s/,/ /g; s/|/ /g'); do
+for name in $(dpkg-deb -f "$deb" Depends | sed 's/([^)]*)//g; s/:any//g; s/,/ /g; s/|/ /g'); do
     dpkg-query -W "$name" >/dev/null
 done
+
+if [ -x "$(command -v lintian)" ]; then
+    lintian --allow-root --fail-on error "$deb" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+else
+    echo 'lintian is not here: the package is not checked'
+fi
 
 root=$work/root
 mkdir -p "$root/var/lib/dpkg"/{info,updates} "$root/var/log"

@@ -31,9 +31,18 @@ for folder in "$work/stranger" "$work"; do
 done
 
 unset LD_LIBRARY_PATH
+
+# The README's Python prints what it says, in the checkout (with what is built) and once installed.
+expected_python=$'00 00 00 00 ff ff ff ff\n0 3\n8 11\n16 19\n24 27\nNone'
+sed -n '/^```python$/,/^```$/p' "$source/README.md" | sed '1d;$d' >"$work/readme.py"
+run_readme() { (cd "$1" && PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$2 TAVRIX_LIBRARY=$3 /usr/bin/python3 "$work/readme.py"); }
+module=$(find "$work/root" -name tavrix.py)
+diff <(run_readme "$source" '' "$(find "$build/src" -name libtavrix.so)") - <<<"$expected_python"
+diff <(run_readme "$work" "${module%/*}" '') - <<<"$expected_python"
+
 if [ -x "$work/root/bin/tavrix" ]; then
     "$work/root/bin/tavrix" --version | grep -q 1.0.0
-    [ -s "$work/root/share/man/man1/tavrix.1" ]
+    [ -s "$work/root/share/man/man1/tavrix.1.gz" ]
     bash -n "$work/root/share/bash-completion/completions/tavrix"
 fi
 echo installed, linked and ran
