@@ -8,6 +8,8 @@ import struct
 import subprocess
 
 SYSTEM_LIBRARIES = {"kernel32.dll", "msvcrt.dll", "user32.dll"}
+# Handlers, threads and processes: a DLL that works for its host's calls only has no use for them.
+INTRUDING = "ExceptionHandler|ExceptionFilter|beginthread|Thread$|CreateThread|Process|RaiseException"
 VERSION_TYPE = 16  # RT_VERSION
 CHINESE_TAIWAN = 0x0404
 BIG5 = 950
@@ -67,12 +69,17 @@ class Image:
         return found
 
     def imports(self):
-        found = set()
+        """The names of the libraries and those of the functions."""
+        libraries, functions = set(), set()
         descriptor = self.offset(self.directories[self.IMPORTS])
         while (name := self.unpack("<12xI", descriptor)[0]) != 0:
-            found.add(self.text(name).lower())
+            libraries.add(self.text(name).lower())
+            entry = self.offset(self.unpack("<I", descriptor)[0])
+            while (hint := self.unpack("<I", entry)[0]) != 0:
+                functions.add(self.text(hint + 2))
+                entry += 4
             descriptor += 20
-        return found
+        return libraries, functions
 
     def version(self):
         """Language and bytes of the only version resource."""
@@ -130,8 +137,11 @@ def check(arguments):
         removed = removed_bytes(arguments.objdump, arguments.dll, image.base + address)
         assert removed == {expected[name]}, f"{name} removes {removed} bytes, not {expected[name]}"
 
-    imports = image.imports()
-    assert imports <= SYSTEM_LIBRARIES, f"imports: {sorted(imports)}"
+    libraries, functions = image.imports()
+    assert libraries <= SYSTEM_LIBRARIES, f"imports: {sorted(libraries)}"
+    assert "GlobalAlloc" in functions
+    intruding = {name for name in functions if re.search(INTRUDING, name)}
+    assert not intruding, f"takes more of the process than memory: {sorted(intruding)}"
 
     language, data = image.version()
     assert language == CHINESE_TAIWAN, f"language {language:#x}"
