@@ -22,7 +22,8 @@ void AddFolder(const fs::path& folder, std::vector<Input>& inputs) {
     fs::recursive_directory_iterator walk(folder, error);
     for (; !error && walk != fs::recursive_directory_iterator(); walk.increment(error)) {
         std::error_code ignored;
-        if (walk->is_regular_file(ignored) && FormatOfName(walk->path().filename().string())) {
+        const std::optional<Format> format = FormatOfName(walk->path().filename().string());
+        if (walk->is_regular_file(ignored) && format && format != Format::kPdf) {
             files.push_back(walk->path());
         }
     }

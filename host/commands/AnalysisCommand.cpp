@@ -41,11 +41,13 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
     const OutputNames overlayNames("--overlay", options.overlay, overlayPattern);
     const std::vector<Input> inputs = InputsOf(options.files);
     OutputClaims claims(inputs);
-    names.Check(inputs, claims);
+    const std::unique_ptr<PageCollection> collection = CollectionOf(output, options.files, inputs);
+    names.Check(collection ? std::vector{inputs.front()} : inputs, claims);
     overlayNames.Check(inputs, claims);
-    return RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
+    const ExitCode code = RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
         const bool isResuming = options.files.skipsExisting;
-        PictureSink bitsSink(names, output.extension, input, claims, isResuming);
+        PictureSink bitsSink(names, output.extension, input, claims, isResuming, Effort::kSmall,
+                             collection.get());
         PictureSink overlaySink(overlayNames, options.overlayFormat, input, claims, isResuming,
                                 Effort::kQuick);
         if (isResuming && (names.IsWanted() || overlayNames.IsWanted()) && bitsSink.IsAllDone() &&
@@ -73,6 +75,7 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
         bitsSink.Finish();
         overlaySink.Finish();
     });
+    return collection ? collection->Finish(names.NameOf(inputs.front(), 1), claims, code) : code;
 }
 
 }  // namespace host

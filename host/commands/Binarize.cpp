@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "commands/Commands.h"
 #include "commands/PictureCommand.h"
@@ -15,7 +16,14 @@ struct BinarizeOptions {
     PictureOptions output;
     Mode mode = DefaultMode();
     bool byBlocks = false;
+    std::vector<int> specks;  // largest width and height; empty: all stay
 };
+
+Picture Clean(Picture page, const BinarizeOptions& options) {
+    HostImage bits = Binarize(std::move(page.image), options.mode, options.byBlocks);
+    if (!options.specks.empty()) bits = Despeckle(std::move(bits), {options.specks[0], options.specks[1]});
+    return {std::move(bits), page.resolution};
+}
 
 }  // namespace
 
@@ -29,14 +37,14 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
     AddModeOption(command, options->mode);
     command.add_flag("--blocks", options->byBlocks,
                      "Treat the picture as one block in modes regions and lines");
+    AddNumbersOption(command, "--despeckle", 2, "WIDTH,HEIGHT", options->specks,
+                     "Remove components of at most this size, thin rules and large frames");
     command.callback([options, &code] {
         if (options->byBlocks && !options->mode.hasBlocks) {
             throw UsageError("mode " + std::string(options->mode.name) + " cannot be used with --blocks");
         }
-        code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
-            return Picture{Binarize(std::move(page.image), options->mode, options->byBlocks),
-                           page.resolution};
-        });
+        code = RunPictureCommand(options->files, options->output,
+                                 [&options](Picture page) { return Clean(std::move(page), *options); });
     });
 }
 

@@ -100,14 +100,30 @@ const Mode& DefaultMode() {
     return mode;
 }
 
+std::unique_ptr<PageCollection> CollectionOf(const PictureOptions& output, const FileOptions& files,
+                                             const std::vector<Input>& inputs) {
+    const std::string& place = output.place;
+    if (IsFolder(place) || inputs.size() < 2 || place.find('{') != std::string::npos) return nullptr;
+    if (FormatOfName(IsStream(place) ? "x." + output.extension : place) != Format::kPdf) return nullptr;
+    if (files.skipsExisting)
+        throw UsageError("--skip-existing cannot be used with one PDF of several inputs");
+    return std::make_unique<PageCollection>(inputs);
+}
+
 PictureSink::PictureSink(const OutputNames& outputNames, const std::string& extension, const Input& source,
-                         OutputClaims& outputClaims, bool isResuming, Effort packing)
+                         OutputClaims& outputClaims, bool isResuming, Effort packing,
+                         PageCollection* pageCollection)
     : names(outputNames),
       standardExtension(extension),
       input(source),
       claims(outputClaims),
       skipsExisting(isResuming),
-      effort(packing) {}
+      effort(packing),
+      collection(pageCollection) {}
+
+PictureSink::~PictureSink() {
+    if (collection != nullptr) collection->Deliver(input, {});  // it failed
+}
 
 bool PictureSink::IsAllDone() const {
     return !names.IsWanted() ||
@@ -125,6 +141,7 @@ void PictureSink::Add(Picture page) {
 }
 
 void PictureSink::Finish() {
+    if (collection != nullptr) return std::exchange(collection, nullptr)->Deliver(input, std::move(pages));
     if (!pages.empty()) Write(names.NameOf(input, 1), pages);
 }
 

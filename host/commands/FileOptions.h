@@ -2,11 +2,13 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "batch/Jobs.h"
 #include "batch/OutputNames.h"
+#include "commands/PageCollection.h"
 #include "operations/Modes.h"
 #include "picture/PictureWriter.h"
 
@@ -50,12 +52,21 @@ bool IsStream(const std::string& place);
 void AddModeOption(CLI::App& command, Mode& mode);
 const Mode& DefaultMode();
 
+// Where the results of several inputs become the pages of one file, a PDF whose name has no fields: their
+// collection; else null. Throws UsageError.
+std::unique_ptr<PageCollection> CollectionOf(const PictureOptions& output, const FileOptions& files,
+                                             const std::vector<Input>& inputs);
+
 // Collects one input's pages and writes them when all are there, or every page at once where the name
-// asks for it.
+// asks for it, or hands them on to a collection.
 class PictureSink {
   public:
     PictureSink(const OutputNames& names, const std::string& standardExtension, const Input& input,
-                OutputClaims& claims, bool skipsExisting, Effort effort = Effort::kSmall);
+                OutputClaims& claims, bool skipsExisting, Effort effort = Effort::kSmall,
+                PageCollection* collection = nullptr);
+    ~PictureSink();
+    PictureSink(const PictureSink&) = delete;
+    PictureSink& operator=(const PictureSink&) = delete;
 
     // Nothing is left to write: the output is there already. Outputs by page are looked at one by one.
     bool IsAllDone() const;
@@ -71,6 +82,7 @@ class PictureSink {
     OutputClaims& claims;
     bool skipsExisting;
     Effort effort;
+    PageCollection* collection;
     std::size_t pageCount = 0;
     std::vector<Picture> pages;
 };

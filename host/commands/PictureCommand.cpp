@@ -16,9 +16,11 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
     const OutputNames names("-o", output.place, pattern);
     const std::vector<Input> inputs = InputsOf(files);
     OutputClaims claims(inputs);
-    names.Check(inputs, claims);
-    return RunJobs(inputs, files.jobs, [&](const Input& input, Outcome& outcome) {
-        PictureSink sink(names, output.extension, input, claims, files.skipsExisting);
+    const std::unique_ptr<PageCollection> collection = CollectionOf(output, files, inputs);
+    names.Check(collection ? std::vector{inputs.front()} : inputs, claims);
+    const ExitCode code = RunJobs(inputs, files.jobs, [&](const Input& input, Outcome& outcome) {
+        PictureSink sink(names, output.extension, input, claims, files.skipsExisting, Effort::kSmall,
+                         collection.get());
         if (files.skipsExisting && sink.IsAllDone()) {
             outcome.isSkipped = true;
             return;
@@ -30,6 +32,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
         }
         sink.Finish();
     });
+    return collection ? collection->Finish(names.NameOf(inputs.front(), 1), claims, code) : code;
 }
 
 }  // namespace host

@@ -8,7 +8,7 @@ _tavrix() {
     COMPREPLY=()
     case $last in
         -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
-        --format | --overlay-format) choices='tif png bmp pbm pgm ppm pnm jpg' ;;
+        --format | --overlay-format) choices='tif pdf png bmp pbm pgm ppm pnm jpg' ;;
         --op) choices='edge open close smooth sharpen dilate' ;;
         --code) choices='none right half left flip mirror-left' ;;
         --group) choices='text aligned' ;;
@@ -18,7 +18,7 @@ _tavrix() {
         choices='binarize compare card components lines trueline logo rotate turn pad morph modes --help --version'
     elif [[ -z $choices && $word == -* ]]; then
         case $command in
-            binarize) choices="$files $pictures -m --mode --blocks" ;;
+            binarize) choices="$files $pictures -m --mode --blocks --despeckle" ;;
             compare) choices="$files -o --output" ;;
             card) choices="$files $pictures $findings --join-pieces --split-wide" ;;
             components) choices="$files $findings --json --grow --noise --line-noise --group" ;;

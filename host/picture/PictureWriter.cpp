@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "picture/JpegLibrary.h"
+#include "picture/PdfDocument.h"
 #include "picture/TiffMemory.h"
 
 namespace host {
@@ -116,6 +117,8 @@ bool WriteJpeg(jpeg_compress_struct& jpeg, JpegErrors& errors, const Picture& pa
     return true;
 }
 
+}  // namespace
+
 Buffer EncodeJpeg(const Picture& page) {
     jpeg_compress_struct jpeg = {};
     JpegErrors errors = {};
@@ -130,6 +133,8 @@ Buffer EncodeJpeg(const Picture& page) {
     if (!isDone) FailWriting("the JPEG encoder failed");
     return Buffer(out, out + size);
 }
+
+namespace {
 
 void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size_t count, Effort effort) {
     const HostImage& image = page.image;
@@ -181,6 +186,12 @@ Buffer EncodeTiff(const std::vector<Picture>& pages, Effort effort) {
     }
     if (file.Handle() == nullptr || file.HasError()) FailWriting(file.Reason());
     return file.Finish();
+}
+
+Buffer EncodePdf(const std::vector<Picture>& pages) {
+    PdfDocument document;
+    for (const Picture& page : pages) document.Add(page);
+    return document.Finish();
 }
 
 // The picture's own block behind a file header.
@@ -241,13 +252,14 @@ Buffer EncodePnm(const Picture& page) {
 }  // namespace
 
 std::optional<Format> FormatOfName(std::string_view name) {
-    static constexpr std::array<std::pair<std::string_view, Format>, 10> kExtensions = {{
+    static constexpr std::array<std::pair<std::string_view, Format>, 11> kExtensions = {{
         {".png", Format::kPng},
         {".jpg", Format::kJpeg},
         {".jpeg", Format::kJpeg},
         {".tif", Format::kTiff},
         {".tiff", Format::kTiff},
         {".bmp", Format::kBmp},
+        {".pdf", Format::kPdf},
         {".pbm", Format::kPbm},
         {".pgm", Format::kPgm},
         {".ppm", Format::kPpm},
@@ -274,7 +286,7 @@ std::string Misfit(Format format, int bitCount) {
     if (isHeld) return {};
     const std::string kind = bitCount == 1 ? "1-bit" : bitCount == 8 ? "gray" : "colour";
     const std::string own = bitCount == 1 ? "pbm" : bitCount == 8 ? "pgm or jpg" : "ppm or jpg";
-    return "this format does not hold " + kind + " pictures: take png, tif, bmp, pnm, " + own;
+    return "this format does not hold " + kind + " pictures: take png, tif, pdf, bmp, pnm, " + own;
 }
 
 std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Picture>& pages, Effort effort) {
@@ -283,9 +295,11 @@ std::vector<std::uint8_t> EncodePictures(Format format, const std::vector<Pictur
         if (!reason.empty()) FailWriting(reason);
     }
     if (format == Format::kTiff) return EncodeTiff(pages, effort);
+    if (format == Format::kPdf) return EncodePdf(pages);
     if (pages.size() != 1) {
-        FailWriting("the input has " + std::to_string(pages.size()) +
-                    " pages and only TIFF holds several: write TIFF, or name the files with {page}");
+        FailWriting(
+            "the input has " + std::to_string(pages.size()) +
+            " pages and only TIFF and PDF hold several: write one of them, or name the files with {page}");
     }
     switch (format) {
         case Format::kPng: return EncodePng(pages[0], effort);
