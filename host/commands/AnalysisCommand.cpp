@@ -57,7 +57,7 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
         }
         PageFacts facts;
         facts.file = input.path;
-        const auto reader = OpenPicture(input.path);
+        const auto reader = OpenPicture(input.path, options.files.maxPixels);
         for (; std::optional<Picture> page = reader->Next(); ++facts.page) {
             outcome.isRead = true;
             facts.width = page->image.Width();

@@ -37,7 +37,7 @@ ExitCode Compare(const CompareOptions& options) {
             return;
         }
         std::vector<ComparedPage> pages;
-        const auto reader = OpenPicture(input.path);
+        const auto reader = OpenPicture(input.path, options.files.maxPixels);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             pages.push_back(ComparePage(std::move(*page)));

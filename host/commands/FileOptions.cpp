@@ -36,6 +36,10 @@ void AddFileOptions(CLI::App& command, FileOptions& options) {
         ->type_name("N")
         ->check(CLI::Range(0, 1024))
         ->capture_default_str();
+    command.add_option("--max-pixels", options.maxPixels, "Refuse pages of more pixels")
+        ->type_name("N")
+        ->check(CLI::Range(std::int64_t{1}, kMaxSide * kMaxSide))
+        ->capture_default_str();
     command.add_flag("-q,--quiet", options.jobs.isQuiet, "No progress, only errors");
     command.add_flag("--skip-existing", options.skipsExisting, "Leave out inputs whose output is there");
 }

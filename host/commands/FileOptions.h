@@ -20,6 +20,7 @@ struct FileOptions {
     std::string list;
     bool isRecursive = false;
     bool skipsExisting = false;
+    std::int64_t maxPixels = kMaxPixels;
     JobOptions jobs;
 };
 

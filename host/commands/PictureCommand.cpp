@@ -25,7 +25,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
             outcome.isSkipped = true;
             return;
         }
-        const auto reader = OpenPicture(input.path);
+        const auto reader = OpenPicture(input.path, files.maxPixels);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             sink.Add(transform(std::move(*page)));

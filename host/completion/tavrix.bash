@@ -2,7 +2,7 @@
 # Completion of the tavrix command for bash.
 _tavrix() {
     local word=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} choices
-    local files='-r --recursive --files-from -j --jobs -q --quiet --skip-existing -h --help'
+    local files='-r --recursive --files-from -j --jobs --max-pixels -q --quiet --skip-existing -h --help'
     local pictures='-o --output --name --format'
     local findings='-m --mode --overlay --overlay-format'
     COMPREPLY=()

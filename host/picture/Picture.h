@@ -42,11 +42,18 @@ class PictureError : public std::runtime_error {
     throw PictureError(PictureError::kUnwritable, reason);
 }
 
-// Refuses pictures that the library cannot take before memory is spent on them.
-inline void CheckSides(std::int64_t width, std::int64_t height) {
-    if (width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide) return;
-    FailReading(std::to_string(width) + " x " + std::to_string(height) + " pixels: sides must be 1 to " +
-                std::to_string(kMaxSide));
+// Most pixels of a page, unless the user says otherwise.
+inline constexpr std::int64_t kMaxPixels = 300'000'000;
+
+// Refuses pictures that the library cannot take or nobody wants before memory is spent on them.
+inline void CheckSize(std::int64_t width, std::int64_t height, std::int64_t maxPixels) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width <= 0 || height <= 0 || width > kMaxSide || height > kMaxSide) {
+        FailReading(size + ": sides must be 1 to " + std::to_string(kMaxSide));
+    }
+    if (width * height > maxPixels) {
+        FailReading(size + " are more than " + std::to_string(maxPixels) + " (--max-pixels allows more)");
+    }
 }
 
 }  // namespace host

@@ -23,6 +23,28 @@ class SinglePage : public PictureReader {
     std::optional<Picture> page;
 };
 
+bool StartsWith(Bytes bytes, std::string_view mark) {
+    return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
+}
+
+enum class Kind { kUnknown, kPng, kJpeg, kTiff, kBmp, kPnm };
+
+Kind KindOf(Bytes head) {
+    using namespace std::string_view_literals;
+    constexpr std::array kMarks = {
+        std::pair("\x89PNG"sv, Kind::kPng), std::pair("\xFF\xD8\xFF"sv, Kind::kJpeg),
+        std::pair("II*\0"sv, Kind::kTiff),  std::pair("MM\0*"sv, Kind::kTiff),
+        std::pair("II+\0"sv, Kind::kTiff),  std::pair("MM\0+"sv, Kind::kTiff),
+        std::pair("BM"sv, Kind::kBmp),
+    };
+    for (const auto& [mark, kind] : kMarks) {
+        if (StartsWith(head, mark)) return kind;
+    }
+    if (head.size() > 2 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6') return Kind::kPnm;
+    return Kind::kUnknown;
+}
+
+// The whole file, unless its start tells that it is no picture.
 std::vector<std::uint8_t> ReadAll(std::FILE* file) {
     constexpr std::size_t kChunk = 1 << 20;
     std::vector<std::uint8_t> bytes;
@@ -32,30 +54,22 @@ std::vector<std::uint8_t> ReadAll(std::FILE* file) {
         bytes.resize(size + std::max(kChunk, size / 2));
         got = std::fread(bytes.data() + size, 1, bytes.size() - size, file);
         bytes.resize(size + got);
-    } while (got > 0);
+    } while (got > 0 && KindOf(bytes) != Kind::kUnknown);
     if (std::ferror(file)) FailReading(std::strerror(errno));
     return bytes;
 }
 
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
 std::vector<std::uint8_t> ReadFile(const std::string& path) {
     if (path == "-") return ReadAll(stdin);
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file) FailReading(std::strerror(errno));
     struct stat facts = {};
     if (fstat(fileno(file.get()), &facts) == 0 && S_ISDIR(facts.st_mode)) {
         FailReading("is a folder (-r takes the pictures in it)");
     }
     return ReadAll(file.get());
-}
-
-bool StartsWith(Bytes bytes, std::string_view mark) {
-    return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
-}
-
-bool IsTiff(Bytes bytes) {
-    using namespace std::string_view_literals;
-    constexpr std::array kMarks = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
-    return std::any_of(kMarks.begin(), kMarks.end(), [&](auto mark) { return StartsWith(bytes, mark); });
 }
 
 }  // namespace
@@ -72,16 +86,24 @@ std::uint32_t LittleEndian(Bytes bytes, std::size_t at, std::size_t size) {
     return value;
 }
 
-std::unique_ptr<PictureReader> OpenPicture(const std::string& path) {
+bool LooksLikePicture(const std::string& path) {
+    std::array<std::uint8_t, 16> head;
+    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
+    return file &&
+           KindOf({head.data(), std::fread(head.data(), 1, head.size(), file.get())}) != Kind::kUnknown;
+}
+
+std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels) {
     std::vector<std::uint8_t> bytes = ReadFile(path);
     if (bytes.empty()) FailReading("is empty");
-    if (IsTiff(bytes)) return ReadTiffPages(std::move(bytes));
-    if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6') {
-        return ReadPnmPages(std::move(bytes));
+    switch (KindOf(bytes)) {
+        case Kind::kTiff: return ReadTiffPages(std::move(bytes), maxPixels);
+        case Kind::kPnm: return ReadPnmPages(std::move(bytes), maxPixels);
+        case Kind::kPng: return std::make_unique<SinglePage>(ReadPng(bytes, maxPixels));
+        case Kind::kJpeg: return std::make_unique<SinglePage>(ReadJpeg(bytes, maxPixels));
+        case Kind::kBmp: return std::make_unique<SinglePage>(ReadBmp(bytes, maxPixels));
+        case Kind::kUnknown: break;
     }
-    if (StartsWith(bytes, "\x89PNG")) return std::make_unique<SinglePage>(ReadPng(bytes));
-    if (StartsWith(bytes, "\xFF\xD8\xFF")) return std::make_unique<SinglePage>(ReadJpeg(bytes));
-    if (StartsWith(bytes, "BM")) return std::make_unique<SinglePage>(ReadBmp(bytes));
     FailReading("is not a PNG, JPEG, TIFF, BMP or PNM picture");
 }
 

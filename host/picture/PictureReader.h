@@ -15,10 +15,11 @@ namespace host {
 
 using Bytes = std::span<const std::uint8_t>;
 
-// The decoders; each throws PictureError with a reason in plain words.
-Picture ReadPng(Bytes bytes);
-Picture ReadJpeg(Bytes bytes);
-Picture ReadBmp(Bytes bytes);
+// The decoders; each throws PictureError with a reason in plain words. A page of more than maxPixels is
+// refused before memory is spent on it; others take the picture and at most one working copy of it.
+Picture ReadPng(Bytes bytes, std::int64_t maxPixels);
+Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels);
+Picture ReadBmp(Bytes bytes, std::int64_t maxPixels);
 
 // The pages of one picture file, which is known by its content, whatever its name says. Pages are 1, 8
 // or 24 bits: alpha lies on white, 16 bits a sample are reduced to 8, a stored orientation is applied.
@@ -29,11 +30,14 @@ class PictureReader {
     virtual std::optional<Picture> Next() = 0;
 };
 
-std::unique_ptr<PictureReader> ReadTiffPages(std::vector<std::uint8_t> bytes);
-std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes);
+std::unique_ptr<PictureReader> ReadTiffPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
+std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
 
 // path: a file, or "-" for standard input.
-std::unique_ptr<PictureReader> OpenPicture(const std::string& path);
+std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels);
+
+// Whether the file starts like one of the formats; false for what cannot be read.
+bool LooksLikePicture(const std::string& path);
 
 // The number of a field of a file, most or least significant byte first.
 std::uint32_t BigEndian(Bytes bytes, std::size_t at, std::size_t size);

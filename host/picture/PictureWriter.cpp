@@ -93,6 +93,7 @@ void EscapeJpeg(j_common_ptr jpeg) {
 bool WriteJpeg(jpeg_compress_struct& jpeg, JpegErrors& errors, const Picture& page, unsigned char** out,
                unsigned long* size) {
     if (setjmp(errors.escape) != 0) return false;
+    jpeg_create_compress(&jpeg);
     const HostImage& image = page.image;
     jpeg_mem_dest(&jpeg, out, size);
     jpeg.image_width = static_cast<JDIMENSION>(image.Width());
@@ -120,11 +121,10 @@ bool WriteJpeg(jpeg_compress_struct& jpeg, JpegErrors& errors, const Picture& pa
 }  // namespace
 
 Buffer EncodeJpeg(const Picture& page) {
-    jpeg_compress_struct jpeg = {};
+    jpeg_compress_struct jpeg = {};  // destroying one that was never created does nothing
     JpegErrors errors = {};
     jpeg.err = jpeg_std_error(&errors.base);
     errors.base.error_exit = EscapeJpeg;
-    jpeg_create_compress(&jpeg);
     unsigned char* out = nullptr;
     unsigned long size = 0;
     const bool isDone = WriteJpeg(jpeg, errors, page, &out, &size);

@@ -86,12 +86,12 @@ void CheckKind(const Layout& layout) {
     }
 }
 
-// Colour-table indices of a run-length coded picture, row 0 at the bottom; skipped pixels are index 0.
-std::vector<std::uint8_t> DecodeRuns(Bytes bytes, const Layout& layout) {
+// Calls putPixel(column, stored row, index) for every pixel that a run-length coded picture does not skip.
+template <typename Put>
+void DecodeRuns(Bytes bytes, const Layout& layout, const Put& putPixel) {
     enum Escape { kEndOfRow = 0, kEndOfPicture = 1, kSkip = 2 };
     const auto width = static_cast<std::size_t>(layout.width);
     const auto height = static_cast<std::size_t>(layout.height);
-    std::vector<std::uint8_t> indices(width * height);
     std::size_t x = 0;
     std::size_t y = 0;
     std::size_t at = layout.pixels;
@@ -100,7 +100,7 @@ std::vector<std::uint8_t> DecodeRuns(Bytes bytes, const Layout& layout) {
         return bytes[at++];
     };
     const auto put = [&](unsigned index) {
-        if (x < width && y < height) indices[y * width + x++] = static_cast<std::uint8_t>(index);
+        if (x < width && y < height) putPixel(x++, y, index);
     };
     // A byte holds one index, or two of four bits.
     const auto indexOf = [&](unsigned value, unsigned i) {
@@ -129,7 +129,6 @@ std::vector<std::uint8_t> DecodeRuns(Bytes bytes, const Layout& layout) {
             at += (at - start) % 2;  // literal pixels fill whole words
         }
     }
-    return indices;
 }
 
 std::uint8_t MaskedSample(std::uint32_t pixel, std::uint32_t mask) {
@@ -139,19 +138,44 @@ std::uint8_t MaskedSample(std::uint32_t pixel, std::uint32_t mask) {
         (((pixel & mask) >> std::countr_zero(mask)) * std::uint64_t{255} + maximum / 2) / maximum);
 }
 
+// A pixel of a row that is stored as it is.
+RGBQUAD ColourOf(const std::uint8_t* row, std::size_t x, const Layout& layout) {
+    const auto bits = static_cast<std::size_t>(layout.bits);
+    if (bits == 8) return layout.colours[row[x]];
+    if (bits < 8) {
+        const unsigned index = row[x * bits / 8] >> (8 - bits - x * bits % 8);
+        return layout.colours[index & (layout.colours.size() - 1)];
+    }
+    if (bits == 24) return {row[3 * x], row[3 * x + 1], row[3 * x + 2], 0};
+    const std::uint32_t pixel = LittleEndian({row, (x + 1) * bits / 8}, x * bits / 8, bits / 8);
+    return {MaskedSample(pixel, layout.masks[2]), MaskedSample(pixel, layout.masks[1]),
+            MaskedSample(pixel, layout.masks[0]), 0};
+}
+
+// to: a row of an image of 8 or 24 bits.
+void PutColour(std::uint8_t* to, std::size_t x, const RGBQUAD& colour, bool isGray) {
+    if (isGray) {
+        to[x] = colour.rgbRed;
+    } else {
+        to[3 * x] = colour.rgbBlue;
+        to[3 * x + 1] = colour.rgbGreen;
+        to[3 * x + 2] = colour.rgbRed;
+    }
+}
+
 }  // namespace
 
-Picture ReadBmp(Bytes bytes) {
+Picture ReadBmp(Bytes bytes, std::int64_t maxPixels) {
     Layout layout = ReadLayout(bytes);
     CheckKind(layout);
     const bool isTopDown = layout.height < 0;
     layout.height = std::abs(layout.height);
-    CheckSides(layout.width, layout.height);
+    CheckSize(layout.width, layout.height, maxPixels);
     const bool isRunLength = layout.compression == kRunLength8 || layout.compression == kRunLength4;
     const auto width = static_cast<std::size_t>(layout.width);
+    const auto height = static_cast<std::size_t>(layout.height);
     const std::size_t rowBytes = HostImage::RowBytesOf(layout.bits, layout.width);
-    const bool isCutShort = layout.pixels > bytes.size() ||
-                            rowBytes * static_cast<std::size_t>(layout.height) > bytes.size() - layout.pixels;
+    const bool isCutShort = layout.pixels > bytes.size() || rowBytes * height > bytes.size() - layout.pixels;
     if (!isRunLength && isCutShort) FailReading("BMP: the file is cut short");
 
     const auto& colours = layout.colours;
@@ -160,48 +184,31 @@ Picture ReadBmp(Bytes bytes) {
     });
     const bool isBlackWhite = isGray && layout.bits == 1 && colours[0].rgbRed + colours[1].rgbRed == 255 &&
                               colours[0].rgbRed % 255 == 0;
-    Picture picture{HostImage(static_cast<int>(layout.width), static_cast<int>(layout.height),
+    Picture picture{HostImage(static_cast<int>(width), static_cast<int>(height),
                               isBlackWhite ? 1
                               : isGray     ? 8
                                            : 24),
                     layout.resolution};
-    const std::vector<std::uint8_t> runs =
-        isRunLength ? DecodeRuns(bytes, layout) : std::vector<std::uint8_t>();
-    for (int y = 0; y < picture.image.Height(); ++y) {
-        const auto stored = static_cast<std::size_t>(isTopDown ? y : picture.image.Height() - 1 - y);
-        const std::uint8_t* row =
-            isRunLength ? runs.data() + stored * width : bytes.data() + layout.pixels + stored * rowBytes;
-        std::uint8_t* to = picture.image.TopRow(y);
+    const auto rowOf = [&](std::size_t stored) {
+        return picture.image.TopRow(static_cast<int>(isTopDown ? stored : height - 1 - stored));
+    };
+    for (std::size_t y = 0; y < height; ++y) {
+        const std::uint8_t* from = isRunLength ? nullptr : bytes.data() + layout.pixels + y * rowBytes;
+        std::uint8_t* to = rowOf(y);
         if (isBlackWhite) {
             const int flip = colours[0].rgbRed;
             for (std::size_t i = 0; i < (width + 7) / 8; ++i)
-                to[i] = static_cast<std::uint8_t>(row[i] ^ flip);
+                to[i] = static_cast<std::uint8_t>(from[i] ^ flip);
             continue;
         }
-        for (std::size_t x = 0; x < width; ++x) {
-            RGBQUAD colour = {};
-            if (isRunLength || layout.bits == 8) {
-                colour = colours[isRunLength && layout.bits == 4 ? row[x] & 15 : row[x]];
-            } else if (layout.bits < 8) {
-                const std::size_t bit = x * static_cast<std::size_t>(layout.bits);
-                const unsigned index = row[bit / 8] >> (8 - layout.bits - static_cast<int>(bit % 8));
-                colour = colours[index & (colours.size() - 1)];
-            } else if (layout.bits == 24) {
-                colour = {row[3 * x], row[3 * x + 1], row[3 * x + 2], 0};
-            } else {
-                const std::size_t size = static_cast<std::size_t>(layout.bits) / 8;
-                const std::uint32_t pixel = LittleEndian({row, rowBytes}, x * size, size);
-                colour = {MaskedSample(pixel, layout.masks[2]), MaskedSample(pixel, layout.masks[1]),
-                          MaskedSample(pixel, layout.masks[0]), 0};
-            }
-            if (isGray) {
-                *to++ = colour.rgbRed;
-            } else {
-                *to++ = colour.rgbBlue;
-                *to++ = colour.rgbGreen;
-                *to++ = colour.rgbRed;
-            }
-        }
+        // Pixels that no run sets are of the first colour.
+        for (std::size_t x = 0; x < width; ++x)
+            PutColour(to, x, isRunLength ? colours[0] : ColourOf(from, x, layout), isGray);
+    }
+    if (isRunLength) {
+        DecodeRuns(bytes, layout, [&](std::size_t x, std::size_t y, unsigned index) {
+            PutColour(rowOf(y), x, colours[index], isGray);
+        });
     }
     return picture;
 }

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-
 #include <csetjmp>
 #include <cstring>
 #include <string>
@@ -16,51 +15,64 @@ namespace {
 constexpr char kExifMark[] = "Exif\0";  // six bytes with the closing zero
 constexpr std::size_t kExifMarkBytes = sizeof kExifMark;
 constexpr unsigned kMarkerBytesMax = 0xFFFF;
+// Every scan of a progressive file costs a pass over the picture; encoders write about ten.
+constexpr int kScansMax = 500;
+// What the decoder may need to keep of a picture: four components of two bytes, and a row of blocks.
+constexpr long kBytesPerPixel = 8;
+constexpr long kBytesAside = 64 << 20;
 
 struct ErrorManager {
     jpeg_error_mgr base;
     std::jmp_buf escape;
-    bool isDamaged;
+    bool isDamaged = false;
+    bool hasTooManyScans = false;
 };
 
 ErrorManager& ManagerOf(j_common_ptr jpeg) {
     return *reinterpret_cast<ErrorManager*>(jpeg->err);
 }
 
-void Escape(j_common_ptr jpeg) {
+[[noreturn]] void Escape(j_common_ptr jpeg) {
     std::longjmp(ManagerOf(jpeg).escape, 1);
 }
 
-// Of the decoder's warnings those count that mean missing pixels.
+// Of the decoder's warnings those count that mean missing pixels: one is enough to give the file up.
 void NoteWarning(j_common_ptr jpeg, int level) {
     if (level >= 0) return;
     switch (jpeg->err->msg_code) {
         case JWRN_JPEG_EOF:
         case JWRN_HIT_MARKER:
         case JWRN_HUFF_BAD_CODE:
-        case JWRN_MUST_RESYNC: ManagerOf(jpeg).isDamaged = true; break;
+        case JWRN_MUST_RESYNC: ManagerOf(jpeg).isDamaged = true; Escape(jpeg);
         default: break;
     }
 }
 
+void CountScans(j_common_ptr jpeg) {
+    if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number <= kScansMax) return;
+    ManagerOf(jpeg).hasTooManyScans = true;
+    Escape(jpeg);
+}
+
 class Decoder {
   public:
-    explicit Decoder(Bytes bytes) {
+    Decoder() {
         jpeg.err = jpeg_std_error(&errors.base);
         errors.base.error_exit = Escape;
         errors.base.emit_message = NoteWarning;
-        errors.isDamaged = false;
-        jpeg_create_decompress(&jpeg);
-        jpeg_mem_src(&jpeg, bytes.data(), bytes.size());
-        jpeg_save_markers(&jpeg, JPEG_APP0 + 1, kMarkerBytesMax);
+        scanCounter.progress_monitor = CountScans;
     }
     ~Decoder() { jpeg_destroy_decompress(&jpeg); }
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
     // The decoder leaves by longjmp: nothing between here and it may need a destructor.
-    bool Start() {
+    bool Start(Bytes bytes) {
         if (setjmp(errors.escape) != 0) return false;
+        jpeg_create_decompress(&jpeg);
+        jpeg.progress = &scanCounter;
+        jpeg_mem_src(&jpeg, bytes.data(), bytes.size());
+        jpeg_save_markers(&jpeg, JPEG_APP0 + 1, kMarkerBytesMax);
         jpeg_read_header(&jpeg, TRUE);
         const bool hasFourInks = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
         jpeg.out_color_space = hasFourInks                ? JCS_CMYK
@@ -71,6 +83,7 @@ class Decoder {
 
     bool ReadRows(const HostImage& image, JSAMPROW inks) {
         if (setjmp(errors.escape) != 0) return false;
+        jpeg.mem->max_memory_to_use = kBytesPerPixel * image.Width() * image.Height() + kBytesAside;
         jpeg_start_decompress(&jpeg);
         while (jpeg.output_scanline < jpeg.output_height) {
             JSAMPROW row = image.TopRow(static_cast<int>(jpeg.output_scanline));
@@ -81,11 +94,12 @@ class Decoder {
                 ConvertInks(inks, row);
             }
         }
-        return !errors.isDamaged;
+        return true;
     }
 
     std::string Reason() {
         if (errors.isDamaged) return "JPEG data is damaged or cut short";
+        if (errors.hasTooManyScans) return "JPEG: more than " + std::to_string(kScansMax) + " scans";
         char text[JMSG_LENGTH_MAX];
         errors.base.format_message(reinterpret_cast<j_common_ptr>(&jpeg), text);
         return std::string("JPEG: ") + text;
@@ -119,17 +133,18 @@ class Decoder {
         }
     }
 
-    jpeg_decompress_struct jpeg;
-    ErrorManager errors;
+    jpeg_decompress_struct jpeg = {};  // destroying one that was never created does nothing
+    ErrorManager errors = {};
+    jpeg_progress_mgr scanCounter = {};
 };
 
 }  // namespace
 
-Picture ReadJpeg(Bytes bytes) {
-    Decoder decoder(bytes);
-    if (!decoder.Start()) FailReading(decoder.Reason());
+Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels) {
+    Decoder decoder;
+    if (!decoder.Start(bytes)) FailReading(decoder.Reason());
     const jpeg_decompress_struct& info = decoder.Info();
-    CheckSides(info.image_width, info.image_height);
+    CheckSize(info.image_width, info.image_height, maxPixels);
     const bool hasFourInks = info.out_color_space == JCS_CMYK;
     Picture picture{HostImage(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
                               info.num_components == 1 ? 8 : 24),

@@ -2,6 +2,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <string>
@@ -14,10 +15,12 @@
 namespace host {
 namespace {
 
+constexpr std::size_t kMostFromOneByte = 1032;  // what Deflate can make of a byte
+
 struct Source {
     Bytes bytes;
     std::size_t at = 0;
-    std::string error;
+    char error[128] = "";  // callbacks may not throw, as a string might
 };
 
 void ReadData(png_structp png, png_bytep to, std::size_t count) {
@@ -28,7 +31,8 @@ void ReadData(png_structp png, png_bytep to, std::size_t count) {
 }
 
 void NoteError(png_structp png, png_const_charp text) {
-    static_cast<Source*>(png_get_error_ptr(png))->error = text;
+    auto& source = *static_cast<Source*>(png_get_error_ptr(png));
+    std::snprintf(source.error, sizeof source.error, "%s", text);
     png_longjmp(png, 1);
 }
 
@@ -36,7 +40,7 @@ void IgnoreWarning(png_structp, png_const_charp) {}
 
 class Decoder {
   public:
-    explicit Decoder(Bytes bytes) : source{bytes, 0, {}} {
+    explicit Decoder(Bytes bytes) : source{bytes} {
         png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, NoteError, IgnoreWarning);
         info = png != nullptr ? png_create_info_struct(png) : nullptr;
         if (info == nullptr) {
@@ -44,7 +48,7 @@ class Decoder {
             throw std::bad_alloc();
         }
         png_set_read_fn(png, &source, ReadData);
-        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // CheckSides words it better
+        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // CheckSize words it better
     }
     ~Decoder() { png_destroy_read_struct(&png, &info, nullptr); }
     Decoder(const Decoder&) = delete;
@@ -118,6 +122,12 @@ class Decoder {
                png_get_PLTE(png, info, &palette, &count) != 0 && palette[0].red == 255;
     }
 
+    // More pixels than the bytes of the file could hold.
+    bool IsCutShort() const {
+        return png_get_rowbytes(png, info) * png_get_image_height(png, info) / kMostFromOneByte >
+               source.bytes.size();
+    }
+
     int Width() const { return static_cast<int>(png_get_image_width(png, info)); }
     int Height() const { return static_cast<int>(png_get_image_height(png, info)); }
     Resolution PhysicalSize() const {
@@ -130,7 +140,7 @@ class Decoder {
         if (png_get_eXIf_1(png, info, &size, &block) == 0) return {};
         return ParseExif({block, size});
     }
-    std::string Reason() const { return "PNG: " + source.error; }
+    std::string Reason() const { return std::string("PNG: ") + source.error; }
 
   private:
     Source source;
@@ -140,10 +150,11 @@ class Decoder {
 
 }  // namespace
 
-Picture ReadPng(Bytes bytes) {
+Picture ReadPng(Bytes bytes, std::int64_t maxPixels) {
     Decoder decoder(bytes);
     if (!decoder.ReadInfo()) FailReading(decoder.Reason());
-    CheckSides(decoder.Width(), decoder.Height());
+    CheckSize(decoder.Width(), decoder.Height(), maxPixels);
+    if (decoder.IsCutShort()) FailReading("PNG: the file is cut short");
     const int bitCount = decoder.BitCount();
     Picture picture{HostImage(decoder.Width(), decoder.Height(), bitCount), decoder.PhysicalSize()};
     const HostImage& image = picture.image;

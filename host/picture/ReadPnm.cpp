@@ -12,7 +12,8 @@ constexpr unsigned kMaxSample = 65535;
 // PBM, PGM and PPM, plain (P1 to P3) and raw (P4 to P6); raw files may hold several pages.
 class PnmPages : public PictureReader {
   public:
-    explicit PnmPages(std::vector<std::uint8_t> content) : bytes(std::move(content)) {}
+    PnmPages(std::vector<std::uint8_t> content, std::int64_t most)
+        : bytes(std::move(content)), maxPixels(most) {}
 
     std::optional<Picture> Next() override {
         if (at > 0) SkipSpace();
@@ -30,9 +31,15 @@ class PnmPages : public PictureReader {
         const unsigned width = ReadNumber();
         const unsigned height = ReadNumber();
         const unsigned maximum = isBitmap ? 1 : ReadNumber();
-        CheckSides(width, height);
+        CheckSize(width, height, maxPixels);
         if (maximum == 0 || maximum > kMaxSample) FailReading("PNM: the header is damaged");
         if (!isPlain) ++at;  // the one space before the pixels
+        // A plain sample takes a digit at least.
+        const std::size_t sampleBits = isPlain ? 8 : isBitmap ? 1 : maximum > 255 ? 16 : 8;
+        const std::size_t rowBytes = (sampleBits * static_cast<std::size_t>(samples) * width + 7) / 8;
+        if (at > bytes.size() || rowBytes * height > bytes.size() - at) {
+            FailReading("PNM: the file is cut short");
+        }
         Picture page{HostImage(static_cast<int>(width), static_cast<int>(height),
                                isBitmap       ? 1
                                : samples == 3 ? 24
@@ -104,14 +111,15 @@ class PnmPages : public PictureReader {
     }
 
     std::vector<std::uint8_t> bytes;
+    std::int64_t maxPixels;
     std::size_t at = 0;
     bool isStarted = false;
 };
 
 }  // namespace
 
-std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes) {
-    return std::make_unique<PnmPages>(std::move(bytes));
+std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels) {
+    return std::make_unique<PnmPages>(std::move(bytes), maxPixels);
 }
 
 }  // namespace host

@@ -17,13 +17,15 @@ TiffMemory& Of(thandle_t self) {
 
 }  // namespace
 
-TiffMemory::TiffMemory(std::vector<std::uint8_t> content, const char* mode) : bytes(std::move(content)) {
+TiffMemory::TiffMemory(std::vector<std::uint8_t> content, const char* mode, std::int64_t maxBytes)
+    : bytes(std::move(content)) {
     const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                                TIFFOpenOptionsFree);
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), NoteError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), IgnoreWarning, this);
-    handle = TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, Close, Size, nullptr, nullptr,
-                               options.get());
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), maxBytes);
+    handle =
+        TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, Close, Size, Map, Unmap, options.get());
 }
 
 TiffMemory::~TiffMemory() {
@@ -67,11 +69,17 @@ toff_t TiffMemory::Size(thandle_t self) {
     return Of(self).bytes.size();
 }
 
-int TiffMemory::NoteError(TIFF*, void* self, const char*, const char* format, va_list values) {
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, values);
+// Strips are decoded where they lie. A file that is written grows, so it is not mapped.
+int TiffMemory::Map(thandle_t self, void** start, toff_t* size) {
     TiffMemory& file = Of(self);
-    if (file.error.empty()) file.error = text;
+    *start = file.bytes.data();
+    *size = file.bytes.size();
+    return *size != 0;
+}
+
+int TiffMemory::NoteError(TIFF*, void* self, const char*, const char* format, va_list values) {
+    TiffMemory& file = Of(self);
+    if (!file.HasError()) std::vsnprintf(file.error, sizeof file.error, format, values);
     return 1;
 }
 
