@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <map>
 #include <thread>
@@ -13,25 +12,24 @@
 namespace tavrix {
 namespace {
 
-class GlobalMemory : public testing::TestWithParam<unsigned> {};
-
-TEST_P(GlobalMemory, GivesZeroedBlocksThatAreFoundByAddress) {
-    for (const std::size_t bytes : {1, 15, 16, 17, 64, 1000, 1 << 20}) {
-        const HGLOBAL handle = GlobalAlloc(GetParam(), bytes);
-        ASSERT_NE(handle, nullptr) << bytes;
-        auto* data = static_cast<std::uint8_t*>(GlobalLock(handle));
-        ASSERT_NE(data, nullptr);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 16, 0u);
-        EXPECT_TRUE(std::all_of(data, data + bytes, [](std::uint8_t byte) { return byte == 0; }));
-        std::memset(data, 0xFF, bytes);
-        EXPECT_EQ(GlobalHandle(data), handle);
-        EXPECT_EQ(GlobalSize(handle), bytes);
-        EXPECT_EQ(GlobalHandle(data + 1), nullptr);
-        EXPECT_EQ(GlobalFree(handle), nullptr);
+TEST(GlobalMemory, GivesZeroedBlocksThatAreFoundByAddress) {
+    for (const unsigned kind : {GHND, GPTR, GMEM_MOVEABLE, GMEM_FIXED}) {
+        for (const std::size_t bytes : {1, 15, 16, 17, 64, 1000, 1 << 20}) {
+            const HGLOBAL handle = GlobalAlloc(kind, bytes);
+            ASSERT_NE(handle, nullptr) << bytes;
+            auto* data = static_cast<std::uint8_t*>(GlobalLock(handle));
+            ASSERT_NE(data, nullptr);
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 16, 0u);
+            EXPECT_TRUE(std::all_of(data, data + bytes, [](std::uint8_t byte) { return byte == 0; }));
+            std::memset(data, 0xFF, bytes);
+            EXPECT_EQ(GlobalHandle(data), handle);
+            EXPECT_EQ(GlobalSize(handle), bytes);
+            EXPECT_EQ(GlobalHandle(data + 1), nullptr);
+            EXPECT_EQ(GlobalFree(handle), nullptr);
+        }
     }
+    EXPECT_EQ(GlobalAlloc(GHND, SIZE_MAX), nullptr);
 }
-
-INSTANTIATE_TEST_SUITE_P(Kinds, GlobalMemory, testing::Values(GHND, GPTR, GMEM_MOVEABLE, GMEM_FIXED));
 
 TEST(GlobalMemory, CountsLocksOfMovableBlocks) {
     const HGLOBAL handle = GlobalAlloc(GHND, 10);
@@ -49,14 +47,12 @@ TEST(GlobalMemory, CountsLocksOfMovableBlocks) {
     for (int i = 0; i < 300; ++i) EXPECT_EQ(GlobalUnlock(handle), 1);
     EXPECT_EQ(GlobalUnlock(handle), 0);      // all 301 were counted
     EXPECT_EQ(GlobalFree(handle), nullptr);  // locked or not
-}
 
-TEST(GlobalMemory, DoesNotCountLocksOfFixedBlocks) {
-    const HGLOBAL handle = GlobalAlloc(GPTR, 10);
-    EXPECT_EQ(GlobalLock(handle), handle);
-    EXPECT_EQ(GlobalFlags(handle), 0u);
-    EXPECT_EQ(GlobalUnlock(handle), 1);
-    EXPECT_EQ(GlobalFree(handle), nullptr);
+    const HGLOBAL fixed = GlobalAlloc(GPTR, 10);
+    EXPECT_EQ(GlobalLock(fixed), fixed);
+    EXPECT_EQ(GlobalFlags(fixed), 0u);
+    EXPECT_EQ(GlobalUnlock(fixed), 1);
+    EXPECT_EQ(GlobalFree(fixed), nullptr);
 }
 
 TEST(GlobalMemory, GivesADiscardedBlockForNoBytes) {
@@ -96,16 +92,17 @@ TEST(GlobalMemory, RefusesTheHandleOfAFreedBlockWhenItsMemoryIsInUseAgain) {
 }
 
 TEST(GlobalMemory, RefusesWhatIsNoHandle) {
-    const HGLOBAL movable = GlobalAlloc(GHND, 10), fixed = GlobalAlloc(GPTR, 10),
-                  stale = GlobalAlloc(GHND, 10);
+    const HGLOBAL movable = GlobalAlloc(GHND, 10), fixed = GlobalAlloc(GPTR, 10);
+    const HGLOBAL stale = GlobalAlloc(GHND, 10);
     void* data = GlobalLock(movable);
     GlobalFree(stale);
     std::vector<char> foreign(100);
+    char* const inside = static_cast<char*>(fixed);
     const std::vector<void*> noHandles = {nullptr,
                                           stale,
-                                          data,  // of a movable block
-                                          static_cast<char*>(fixed) - 16,
-                                          static_cast<char*>(fixed) + 1,
+                                          data,
+                                          inside - 16,
+                                          inside + 1,
                                           foreign.data(),
                                           reinterpret_cast<void*>(64),
                                           reinterpret_cast<void*>(UINTPTR_MAX)};
@@ -116,15 +113,12 @@ TEST(GlobalMemory, RefusesWhatIsNoHandle) {
         EXPECT_EQ(GlobalSize(handle), 0u);
         EXPECT_EQ(GlobalFlags(handle), unsigned{GMEM_INVALID_HANDLE});
         EXPECT_EQ(GlobalFree(handle), handle);
+        EXPECT_EQ(GlobalHandle(handle), handle == data ? movable : nullptr);
     }
-    for (const void* address :
-         {static_cast<void*>(nullptr), stale, static_cast<void*>(foreign.data()), movable}) {
-        EXPECT_EQ(GlobalHandle(address), nullptr);
-    }
+    EXPECT_EQ(GlobalHandle(movable), nullptr);
     EXPECT_EQ(GlobalFlags(movable), 1u);
     GlobalFree(movable);
     GlobalFree(fixed);
-    EXPECT_EQ(GlobalAlloc(GHND, SIZE_MAX), nullptr);
 }
 
 TEST(GlobalMemory, ServesThreads) {
@@ -137,14 +131,11 @@ TEST(GlobalMemory, ServesThreads) {
                 auto* data = static_cast<unsigned*>(GlobalLock(held.back()));
                 *data = seed * 10000 + i;
                 EXPECT_EQ(GlobalHandle(data), held.back());
-                if (i % 3 == 0) {
-                    EXPECT_EQ(*static_cast<unsigned*>(GlobalLock(held.front())),
-                              seed * 10000 + i - (held.size() - 1));
-                }
-                if (held.size() == 50) {
-                    for (const HGLOBAL handle : held) EXPECT_EQ(GlobalFree(handle), nullptr);
-                    held.clear();
-                }
+                const auto first = seed * 10000 + i - (held.size() - 1);
+                EXPECT_EQ(*static_cast<unsigned*>(GlobalLock(held.front())), first);
+                if (held.size() < 50) continue;
+                for (const HGLOBAL handle : held) EXPECT_EQ(GlobalFree(handle), nullptr);
+                held.clear();
             }
             for (const HGLOBAL handle : held) GlobalFree(handle);
         });
