@@ -210,23 +210,23 @@ TEST(WindowKernels, TransposeBytes) {
 
 TEST(WindowKernels, Spread) {
     std::mt19937 random(7);
-    constexpr int kHeight = 20;
     for (int width = 1; width <= kEveryWidth; ++width) {
+        const int height = width % 3 == 0 ? 64 : 1 + width % 20;
         const std::size_t stride = static_cast<std::size_t>(width + 31) / 32 * 4;
         for (const int radius : {1, 7}) {
             for (const bool black : {true, false}) {
-                Bytes source = RandomBytes(stride * kHeight, random);
+                Bytes source = RandomBytes(stride * static_cast<std::size_t>(height), random);
                 for (Byte& byte : source) {  // what spreads is rare
                     for (int i = 0; i < radius; ++i) byte |= static_cast<Byte>(random());
                     if (!black) byte = static_cast<Byte>(~byte);
                 }
                 // Outside is white.
                 const auto isBlack = [&](int x, int y) {
-                    return x >= 0 && x < width && y >= 0 && y < kHeight && !BitAt(&source[stride * y], x);
+                    return x >= 0 && x < width && y >= 0 && y < height && !BitAt(&source[stride * y], x);
                 };
                 const Bytes before = width % 2 == 0 ? source : Bytes(source.size(), 0x55);
                 Bytes expected = before;
-                for (int y = 0; y < kHeight; ++y) {
+                for (int y = 0; y < height; ++y) {
                     for (int x = 0; x < width; ++x) {
                         bool spreads = false;
                         for (int i = y - radius; i <= y + radius; ++i) {
@@ -242,7 +242,7 @@ TEST(WindowKernels, Spread) {
                     std::vector<std::uint64_t> scratch(SpreadScratchWords(width));
                     const Byte* from = width % 2 == 0 ? found.data() : source.data();
                     (black ? kernels->spreadBlack : kernels->spreadWhite)(
-                        {from, found.data(), stride, width, kHeight}, radius, scratch.data());
+                        {from, found.data(), stride, width, height}, radius, scratch.data());
                     ASSERT_EQ(found, expected) << width << " radius " << radius << " black " << black;
                 }
             }
