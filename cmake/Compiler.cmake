@@ -3,7 +3,8 @@
 add_library(tavrix_options INTERFACE)
 target_compile_options(tavrix_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
-  -msse2 -mfpmath=sse -ffp-contract=off -fno-fast-math)
+  -msse2 -mfpmath=sse -ffp-contract=off -fno-fast-math
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-pragmas>)  # GCC ivdep
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   # 32-bit hosts align their stacks to 4 bytes only.
   target_compile_options(tavrix_options INTERFACE -mstackrealign)

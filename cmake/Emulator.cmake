@@ -1,4 +1,7 @@
 # How programs of a cross build run: CMAKE_CROSSCOMPILING_EMULATOR, and for Windows TAVRIX_RUN32.
+if(CMAKE_CROSSCOMPILING AND NOT WIN32)
+  find_program(TAVRIX_QEMU qemu-i386)  # runs programs as on processors of several levels
+endif()
 if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
   set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/probe32)
   file(WRITE ${probe}.c "int main(void) { return 0; }\n")
@@ -6,7 +9,9 @@ if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
   execute_process(COMMAND ${probe} RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
   if(NOT result EQUAL 0)
     # The kernel cannot run 32-bit programs.
-    find_program(TAVRIX_QEMU qemu-i386 REQUIRED)
+    if(NOT TAVRIX_QEMU)
+      message(FATAL_ERROR "32-bit programs need qemu-i386 here (Debian: qemu-user)")
+    endif()
     set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVRIX_QEMU} -cpu max)
   endif()
 endif()

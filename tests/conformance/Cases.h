@@ -22,6 +22,8 @@ using Cases = std::vector<Case>;
 
 void AddBinarizeCases(Cases& cases);
 void AddComponentCases(Cases& cases);
+void AddLineCases(Cases& cases);
+void AddStoreCases(Cases& cases);
 void AddGeometryCases(Cases& cases);
 void AddMorphologyCases(Cases& cases);
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "Cases.h"
-#include "HostStore.h"
+#include "GroupingCase.h"
 
 namespace tavrix::conformance {
 namespace {
@@ -10,10 +10,6 @@ namespace {
 constexpr GroupingOptions kOptions[] = {
     {0, 0, 0}, {TAVRIX_SELECT_ALL_LINES, 0, 1}, {TAVRIX_SELECT_JOIN_PIECES, 0, 0x41}};
 constexpr std::uint32_t kMeasureFromLeft = 0x25;
-
-void AddStore(Outcome& outcome, const std::string& name, const HostStore& store) {
-    outcome.Add(name, std::make_unique<StorePart>(store.header));
-}
 
 void AddExtraction(Cases& cases, const SheetPointer& sheet, int mode) {
     cases.push_back({"Extract_Eight_Connected_Components mode " + std::to_string(mode) + ", " + sheet->name,
@@ -39,17 +35,6 @@ void AddFilter(Cases& cases, const SheetPointer& sheet, int mode) {
                                             {filter(picture.record, &store.header, 2, 2, 0x30000 + mode)});
                          AddStore(outcome, "store", store);
                      }});
-}
-
-// Groups, and looks for the logo in what comes out.
-void AddGroupingOf(Outcome& outcome, Library& library, const Picture& picture, HostStore& store, int mode,
-                   const GroupingOptions& options, std::uint32_t extra) {
-    const auto group = TAVRIX_FIND(library, Grouping);
-    const auto findLogo = TAVRIX_FIND(library, FindCardLogo);
-    outcome.AddNumbers("returned", {group(picture.record, &store.header, &options, mode, extra, 12345)});
-    AddStore(outcome, "store", store);
-    const LogoRect logo = findLogo(picture.record, store.header);
-    outcome.AddNumbers("logo", {logo.left, logo.top, logo.right, logo.bottom, logo.reserved});
 }
 
 void AddGrouping(Cases& cases, const SheetPointer& sheet, int mode, int filterMode, std::uint32_t extra) {

@@ -18,26 +18,32 @@ void AddQuarterTurn(Cases& cases, const SheetPointer& sheet, int bitCount, int a
                      }});
 }
 
-// Both exports that turn by any angle.
-void AddRotation(Cases& cases, const SheetPointer& sheet, int bitCount, double angle, bool clockwise) {
-    const std::string how =
-        " by " + std::to_string(angle) + (clockwise ? " clockwise, " : ", ") + NameOf(*sheet, bitCount);
-    cases.push_back({"RotateImageFree" + how, [=](Library& library, Outcome& outcome) {
+std::string TurnOf(double angle, bool clockwise, const std::string& what) {
+    return " by " + std::to_string(angle) + (clockwise ? " clockwise, " : ", ") + what;
+}
+
+void AddTurn(Cases& cases, const SheetPointer& sheet, int bitCount, double angle, bool clockwise) {
+    cases.push_back({"RotateImageFree" + TurnOf(angle, clockwise, NameOf(*sheet, bitCount)),
+                     [=](Library& library, Outcome& outcome) {
                          const auto rotate = TAVRIX_FIND(library, RotateImageFree);
                          AddImageCall(outcome, sheet->Drawn(), bitCount,
                                       [&](Picture& picture, DibRecord& result) {
                                           return rotate(picture.handle, angle, clockwise, &result);
                                       });
                      }});
+}
+
+void AddTurnWithCopy(Cases& cases, const SheetPointer& sheet, int bitCount, double angle, bool clockwise) {
+    const std::string name = "RotateFree" + TurnOf(angle, clockwise, NameOf(*sheet, bitCount));
     cases.push_back(
-        {"RotateFree" + how, [=](Library& library, Outcome& outcome) {
+        {name, [=](Library& library, Outcome& outcome) {
              const auto rotate = TAVRIX_FIND(library, RotateFree);
              AddImageCall(outcome, sheet->Drawn(), bitCount, [&](Picture& picture, DibRecord& result) {
                  const HGLOBAL copy = rotate(picture.handle, angle, clockwise, &result);
                  if (copy == nullptr) return 0;
                  Require(GlobalHandle(result.header) != copy && LocksOf(copy) == 1 &&
                              std::memcmp(GlobalLock(copy), result.header, GlobalSize(copy)) == 0,
-                         "RotateFree gives a second copy" + how);
+                         name + ": a second copy");
                  GlobalFree(copy);
                  return 1;
              });
@@ -83,8 +89,9 @@ void AddGeometryCases(Cases& cases) {
     ForEachSmallCard([&](const SheetPointer& sheet, int bitCount) {
         for (const int angle : {90, 0x10000 + 90, 180}) AddQuarterTurn(cases, sheet, bitCount, angle);
         for (const double angle : {0.0, 0.5, 7.25, 30.0, 45.0, 89.9, 90.0, -12.375, 200.0}) {
-            for (const bool clockwise : {false, true}) AddRotation(cases, sheet, bitCount, angle, clockwise);
+            for (const bool clockwise : {false, true}) AddTurn(cases, sheet, bitCount, angle, clockwise);
         }
+        for (const double angle : {0.0, 7.25, 90.0}) AddTurnWithCopy(cases, sheet, bitCount, angle, true);
         AddBorders(cases, sheet, bitCount);
     });
     for (const SheetPointer& sheet : SmallCards()) {
@@ -104,7 +111,7 @@ void AddGeometryCases(Cases& cases) {
         }
     }
     AddQuarterTurn(cases, FullPage(), 8, 90);
-    AddRotation(cases, FullPage(), 8, 3.5, false);
+    AddTurn(cases, FullPage(), 8, 3.5, false);
     for (const int code : {1, 4}) AddBlockTurn(cases, FullPage(), {11, 1490, 1370, 5, 0}, code);
     AddBorders(cases, FullPage(), 1);
 }

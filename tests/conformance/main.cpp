@@ -34,6 +34,8 @@ Cases AllCases() {
     Cases cases;
     AddBinarizeCases(cases);
     AddComponentCases(cases);
+    AddLineCases(cases);
+    AddStoreCases(cases);
     AddGeometryCases(cases);
     AddMorphologyCases(cases);
     return cases;
