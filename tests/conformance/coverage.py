@@ -35,7 +35,10 @@ class Entry:
     def holds(self, path, function, source):
         if self.path not in ("*", path):
             return False
-        hit = self.what[:-2] in function.split("(")[0] if self.what.endswith("()") else self.what in source
+        if self.what == "*":
+            hit = True
+        else:
+            hit = self.what[:-2] in function if self.what.endswith("()") else self.what in source
         self.used = self.used or hit
         return hit
 
@@ -89,6 +92,8 @@ def main():
         for number in sorted(run[path]):
             text = source[number - 1].strip() if number <= len(source) else ""
             sides = branches[path].get(number, []) if DECISION.search(text) else []
+            if re.fullmatch(r"[})\];]*", text) or (number > 1 and "catch (" in source[number - 2]):
+                continue  # the end of a block, and what follows a failed allocation
             missing = run[path][number] == 0
             closed = [count for count in sides if count == 0]
             if (missing or closed) and any([e.holds(path, functions[path][number], text) for e in entries]):
