@@ -9,7 +9,7 @@
 #include "batch/OutputNames.h"
 #include "commands/CommandNames.h"
 #include "commands/Commands.h"
-#include "picture/Picture.h"
+#include "picture/PictureReader.h"
 
 using namespace host;
 
@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an output that cannot be written
     CLI::App app("Cleans scans of business cards and other small documents, and finds what is on them.",
                  "tavrix");
-    app.set_version_flag("--version", "tavrix " TAVRIX_VERSION);
+    app.set_version_flag("--version", std::string("tavrix " TAVRIX_VERSION "\nreads ") + kReadFormats);
     app.require_subcommand(1);
     app.footer(kExitCodes);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {

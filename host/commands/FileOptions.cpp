@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "batch/OutputFile.h"
+#include "picture/PictureReader.h"
 
 namespace fs = std::filesystem;
 
@@ -26,7 +27,8 @@ bool IsStream(const std::string& place) {
 }
 
 void AddFileOptions(CLI::App& command, FileOptions& options) {
-    command.add_option("INPUT", options.names, "Pictures (PNG, JPEG, TIFF, BMP, PNM), folders with -r, or -");
+    command.add_option("INPUT", options.names,
+                       std::string("Pictures (") + kReadFormats + "), folders with -r, or -");
     command
         .add_option("--files-from", options.list, "Read names of inputs from a file, one a line, or from -")
         ->type_name("FILE");

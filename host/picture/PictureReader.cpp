@@ -27,7 +27,7 @@ bool StartsWith(Bytes bytes, std::string_view mark) {
     return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
 }
 
-enum class Kind { kUnknown, kPng, kJpeg, kTiff, kBmp, kPnm };
+enum class Kind { kUnknown, kPng, kJpeg, kTiff, kBmp, kPnm, kWebp, kHeif };
 
 Kind KindOf(Bytes head) {
     using namespace std::string_view_literals;
@@ -39,6 +39,15 @@ Kind KindOf(Bytes head) {
     };
     for (const auto& [mark, kind] : kMarks) {
         if (StartsWith(head, mark)) return kind;
+    }
+    // Both name their kind behind a length.
+    if (StartsWith(head, "RIFF"sv) && head.size() >= 12 && StartsWith(head.subspan(8), "WEBP"sv))
+        return Kind::kWebp;
+    if (head.size() >= 12 && StartsWith(head.subspan(4), "ftyp"sv)) {
+        constexpr std::array kBrands = {"heic"sv, "heix"sv, "heim"sv, "heis"sv, "mif1"sv, "avif"sv};
+        for (const std::string_view brand : kBrands) {
+            if (StartsWith(head.subspan(8), brand)) return Kind::kHeif;
+        }
     }
     if (head.size() > 2 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6') return Kind::kPnm;
     return Kind::kUnknown;
@@ -102,9 +111,15 @@ std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t
         case Kind::kPng: return std::make_unique<SinglePage>(ReadPng(bytes, maxPixels));
         case Kind::kJpeg: return std::make_unique<SinglePage>(ReadJpeg(bytes, maxPixels));
         case Kind::kBmp: return std::make_unique<SinglePage>(ReadBmp(bytes, maxPixels));
-        case Kind::kUnknown: break;
+#ifdef TAVRIX_READS_WEBP
+        case Kind::kWebp: return std::make_unique<SinglePage>(ReadWebp(bytes, maxPixels));
+#endif
+#ifdef TAVRIX_READS_HEIF
+        case Kind::kHeif: return ReadHeifPages(std::move(bytes), maxPixels);
+#endif
+        default: break;
     }
-    FailReading("is not a PNG, JPEG, TIFF, BMP or PNM picture");
+    FailReading(std::string("is not a picture of a kind that this tavrix reads: ") + kReadFormats);
 }
 
 }  // namespace host

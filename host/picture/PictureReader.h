@@ -20,6 +20,18 @@ using Bytes = std::span<const std::uint8_t>;
 Picture ReadPng(Bytes bytes, std::int64_t maxPixels);
 Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels);
 Picture ReadBmp(Bytes bytes, std::int64_t maxPixels);
+Picture ReadWebp(Bytes bytes, std::int64_t maxPixels);
+
+// The formats that this build reads, for people.
+inline constexpr char kReadFormats[] =
+    "PNG, JPEG, TIFF, BMP, PNM"
+#ifdef TAVRIX_READS_WEBP
+    ", WebP"
+#endif
+#ifdef TAVRIX_READS_HEIF
+    ", HEIC, AVIF"
+#endif
+    ;
 
 // The pages of one picture file, which is known by its content, whatever its name says. Pages are 1, 8
 // or 24 bits: alpha lies on white, 16 bits a sample are reduced to 8, a stored orientation is applied.
@@ -32,6 +44,7 @@ class PictureReader {
 
 std::unique_ptr<PictureReader> ReadTiffPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
 std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
+std::unique_ptr<PictureReader> ReadHeifPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
 
 // path: a file, or "-" for standard input.
 std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels);

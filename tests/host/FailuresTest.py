@@ -24,7 +24,7 @@ class InputTest(CommandTest):
         small_bmp = encoded(Image.new("RGB", (4, 4)), "BMP")
         cases = {
             "empty.png": (b"", "is empty"),
-            "text.png": (b"no picture at all", "is not a PNG"),
+            "text.png": (b"no picture at all", "not a picture of a kind"),
             "truncated.png": (PNG[:len(PNG) // 2], "PNG: .*(short|end)"),
             "head.png": (PNG[:20], "PNG"),
             "flipped.png": (SMALL_PNG[:45] + b"\xff\xff\xff" + SMALL_PNG[48:], "PNG"),
@@ -174,7 +174,7 @@ class OutputTest(CommandTest):
             with self.subTest(arguments):
                 self.fail_with(2, reason, *arguments)
         self.assertEqual(self.names(), ["in.pgm"])
-        self.assertRegex(self.succeed("--version"), rb"^tavrix \d+\.\d+\.\d+\n$")
+        self.assertRegex(self.succeed("--version"), rb"^tavrix \d+\.\d+\.\d+\nreads PNG, .*\n$")
         self.assertIn(b"Exit codes", self.succeed("--help"))
 
 

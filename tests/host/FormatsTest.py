@@ -1,7 +1,10 @@
 # SPDX-License-Identifier: MIT
 """Every kind of picture file in, every kind out."""
 import struct
+import subprocess
 import unittest
+
+from PIL import ImageChops, ImageStat
 
 from support import *
 
@@ -107,6 +110,71 @@ class ReadTest(CommandTest):
                     stored = image([[v & bits for v in r] for r in rows], "1" if bits == 1 else "L")
                     self.write("o.tif", encoded(stored, "TIFF", tiffinfo={274: orientation}))
                     self.assertEqual(self.as_pnm("o.tif"), make([[v & bits for v in r] for r in expected]))
+
+
+class PhotographsTest(CommandTest):
+    """WebP and HEIC, which a build reads where it found their libraries."""
+
+    def setUp(self):
+        super().setUp()
+        self.photo = Image.open(SAMPLES / "card-colour.jpg").resize((115, 76))
+        self.clear = self.photo.convert("RGBA")
+        self.clear.putalpha(Image.linear_gradient("L").resize(self.photo.size))
+        self.on_white = Image.alpha_composite(Image.new("RGBA", self.photo.size, "white"), self.clear).convert("RGB")
+
+    def need(self, kind):
+        if kind not in self.succeed("--version").decode():
+            self.skipTest(f"this build does not read {kind}")
+
+    def heic(self, *pictures):
+        if not shutil.which("heif-enc"):
+            self.skipTest("no heif-enc here (Debian: libheif-examples)")
+        for i, picture in enumerate(pictures):
+            picture.save(self.folder / f"{i}.png", dpi=(300, 300))
+        subprocess.run(["heif-enc", "-q", "95", *(f"{i}.png" for i in range(len(pictures))), "-o", "made.heic"],
+                       cwd=self.folder, check=True, capture_output=True)
+        return self.read("made.heic")
+
+    def check(self, content, *expected, most=0):
+        """most: by how much samples may differ; on average by 2."""
+        self.write("in", content)
+        self.succeed("rotate", "-a", "0", "in", "-o", "out.tif")
+        seen = self.open("out.tif")
+        self.assertEqual(seen.n_frames, len(expected))
+        for i, picture in enumerate(expected):
+            seen.seek(i)
+            self.assertEqual((seen.mode, seen.size), ("RGB", picture.size))
+            difference = ImageStat.Stat(ImageChops.difference(seen.convert("RGB"), picture))
+            self.assertLessEqual(max(high for _, high in difference.extrema), most)
+            self.assertLessEqual(max(difference.mean), 2 if most else 0)
+        seen.seek(0)
+        return seen.tag_v2.get(282)
+
+    def refuse(self, content):
+        self.write("in", content)
+        self.fail_with(3, r"115 x 76 pixels are more than 8739 \(", "rotate", "-a", "0", "in", "-o", "x.tif", "--max-pixels", "8739")
+        for size in (20, len(content) // 2, len(content) - 40):
+            self.write("in", content[:size])
+            self.fail_with(3, "in: (WebP|HEIC)", "rotate", "-a", "0", "in", "-o", "x.tif")
+
+    def test_webp(self):
+        self.need("WebP")
+        turned = {274: 6, 282: 240.0, 283: 240.0, 296: 2}
+        facts = Image.Exif()
+        facts.update(turned)
+        dpi = self.check(encoded(self.photo, "WEBP", lossless=True, exif=facts), self.photo.transpose(Image.Transpose.ROTATE_270))
+        self.assertEqual(dpi, 240)
+        self.assertIsNone(self.check(encoded(self.photo, "WEBP", lossless=True), self.photo))
+        self.check(encoded(self.clear, "WEBP", lossless=True), self.on_white, most=4)
+        self.refuse(encoded(self.photo, "WEBP"))
+        self.write("in", encoded(self.photo, "WEBP", save_all=True, append_images=[self.on_white]))
+        self.fail_with(3, "animations are not read", "rotate", "-a", "0", "in", "-o", "x.tif")
+
+    def test_heic(self):
+        self.need("HEIC")
+        self.check(self.heic(self.photo, self.on_white), self.photo, self.on_white, most=64)
+        self.check(self.heic(self.clear), self.on_white, most=64)
+        self.refuse(self.heic(self.photo))
 
 
 class ResolutionTest(CommandTest):
