@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <benchmark/benchmark.h>
 
+#include <optional>
+
 #include "Pages.h"
 #include "components/ComponentExtractor.h"
-#include "components/ComponentStore.h"
+#include "components/PrivateStore.h"
 
 #ifdef TAVRIX_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
@@ -32,13 +34,12 @@ void Extract(benchmark::State& state, Page makePage) {
     ComponentExtractor extractor(page.get());
     for (auto _ : state) {
         state.PauseTiming();
-        ComponentStore store{};
-        store::Create(store);
+        std::optional<PrivateStore> store(std::in_place);
         state.ResumeTiming();
-        extractor.Run(store);
+        extractor.Run(*store);
         state.PauseTiming();
-        state.counters["components"] = store.componentCount;
-        store::Release(store);
+        state.counters["components"] = store->componentCount;
+        store.reset();
         state.ResumeTiming();
     }
     CountPixels(state);

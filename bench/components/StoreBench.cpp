@@ -2,13 +2,15 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <optional>
 
 #include "Pages.h"
 #include "components/AlignedBlockGrouper.h"
 #include "components/ComponentExtractor.h"
 #include "components/ComponentNoiseFilter.h"
-#include "components/ComponentStore.h"
+#include "components/NodeMoves.h"
 #include "components/OrientedBlockGrouper.h"
+#include "components/PrivateStore.h"
 
 // Operations on the components of noise pages, from 1,000 to a full store: cost must grow about linearly.
 namespace tavrix::bench {
@@ -29,14 +31,13 @@ void OnNoise(benchmark::State& state, Operation operation) {
     const auto page = NoisePage(static_cast<int>(height * kSidesRatio), height, kBlackShare);
     for (auto _ : state) {
         state.PauseTiming();
-        ComponentStore store{};
-        store::Create(store);
-        ComponentExtractor(page.get()).Run(store);
-        const double count = store.componentCount;
+        std::optional<PrivateStore> store(std::in_place);
+        ComponentExtractor(page.get()).Run(*store);
+        const double count = store->componentCount;
         state.ResumeTiming();
-        operation(page.get(), store);
+        operation(page.get(), *store);
         state.PauseTiming();
-        store::Release(store);
+        store.reset();
         state.counters["components"] = count;
         state.counters["s/component"] = benchmark::Counter(
             count, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
@@ -67,9 +68,8 @@ void FilterLineNoise(benchmark::State& state) {
 BENCHMARK(FilterLineNoise)->Apply(Counts);
 
 void SortChildren(benchmark::State& state) {
-    OnNoise(state, [](DibImage*, ComponentStore& store) {
-        store::SortChildren(store.firstBlock->firstChild, true);
-    });
+    OnNoise(state,
+            [](DibImage*, ComponentStore& store) { store::SortChildren(store.firstBlock->firstChild); });
 }
 BENCHMARK(SortChildren)->Apply(Counts);
 

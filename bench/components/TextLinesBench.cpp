@@ -9,7 +9,7 @@
 
 #include "Pages.h"
 #include "api/ImageTool.h"
-#include "components/ComponentStore.h"
+#include "components/PrivateStore.h"
 #include "lines/TextLineGrouper.h"
 
 namespace tavrix::bench {
@@ -50,10 +50,9 @@ std::unique_ptr<DibImage> Specks(int n) {
 void Group(benchmark::State& state, DibImage& page) {
     ImageTool tool(&page);
     tool.groupingOptions = &kOneLine;
-    ComponentStore store{};
     std::uint32_t components = 0;
     for (auto _ : state) {
-        store::Create(store);
+        PrivateStore store;
         tool.ExtractComponents(&store, 1, 0, 0);
         components = store.componentCount;
         const auto start = std::chrono::steady_clock::now();
@@ -61,7 +60,6 @@ void Group(benchmark::State& state, DibImage& page) {
         state.SetIterationTime(
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     }
-    store::Release(store);
     state.counters["components"] = components;
 }
 

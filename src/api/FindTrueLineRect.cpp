@@ -1,20 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "api/ExportFrame.h"
-#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
+#include "components/PrivateStore.h"
 
 using namespace tavrix;
-
-namespace {
-
-// A store that lasts for one call.
-struct PrivateStore : ComponentStore {
-    PrivateStore() : ComponentStore{} { store::Create(*this); }
-    ~PrivateStore() { store::Release(*this); }
-    PrivateStore(const PrivateStore&) = delete;
-    PrivateStore& operator=(const PrivateStore&) = delete;
-};
-
-}  // namespace
 
 extern "C" TrueLineRect TAVRIX_CALL FindTrueLineRect(const DibRecord* record,
                                                      const GroupingOptions* options) {
@@ -29,8 +18,7 @@ extern "C" TrueLineRect TAVRIX_CALL FindTrueLineRect(const DibRecord* record,
         tool.groupingOptions = options;
         tool.ExtractComponents(&components, 1, 0, 0);
         tool.GroupComponents(&components, 3);
-        const ComponentNode* block = components.firstBlock;
-        const ComponentNode* line = block != nullptr ? block->firstChild : nullptr;
+        const ComponentNode* line = store::FirstLine(components);
         return line != nullptr ? TrueLineRect{line->left, line->top, line->right, line->bottom} : kNone;
     });
 }

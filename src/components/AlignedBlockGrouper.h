@@ -11,8 +11,8 @@ namespace tavrix {
 class AlignedBlockGrouper : public ComponentGrouper {
   public:
     using ComponentGrouper::ComponentGrouper;
-    // False, with the blocks made so far in the store, when memory or the store's room runs out or the
-    // first block has no line.
+    // False, with the blocks made so far in the store, when the store's room runs out or the first block
+    // has no line. Throws std::bad_alloc.
     bool Run(ComponentStore& store) override;
 };
 

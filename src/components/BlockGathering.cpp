@@ -6,50 +6,27 @@
 #include <numeric>
 
 #include "components/BoxIndex.h"
+#include "components/ComponentStore.h"
+#include "components/NodeMoves.h"
 
 namespace tavrix {
-namespace {
 
-using store::Box;
-
-// Where minimum searches over coordinates start.
-constexpr std::int16_t kFarSide = 9999;
-
-void Widen(Box& box, const Box& other) {
-    box.left = std::min(box.left, other.left);
-    box.bottom = std::min(box.bottom, other.bottom);
-    box.right = std::max(box.right, other.right);
-    box.top = std::max(box.top, other.top);
-}
-
-}  // namespace
-
-ComponentNode* SourceLine(const ComponentStore& store) {
-    return store.firstBlock != nullptr ? store.firstBlock->firstChild : nullptr;
-}
-
-MeanSize MeanComponentSize(const ComponentNode* line) {
+MeanSize MeanComponentSize(const ComponentStore& store) {
+    const ComponentNode* const line = store::FirstLine(store);
     std::int64_t count = 0, sumW = 0, sumH = 0;
     if (line != nullptr) {
-        for (const ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
+        store::ForEachChild(*line, [&](const ComponentNode* node) {
             ++count;
             sumW += std::min(store::WidthOf(*node), store::HeightOf(*line));
             sumH += store::HeightOf(*node);
-        }
+        });
     }
     if (count == 0) return {1, 1};
     return {static_cast<int>(sumW / count), static_cast<int>(sumH / count)};
 }
 
-bool LiesInside(const Box& inner, const Box& outer) {
-    return inner.left >= outer.left && inner.right <= outer.right && inner.top <= outer.top &&
-           inner.bottom >= outer.bottom;
-}
-
-bool DoOverlap(const Box& a, const Box& b) {
-    const bool shareArea = std::min(a.right, b.right) > std::max(a.left, b.left) &&
-                           std::min(a.top, b.top) > std::max(a.bottom, b.bottom);
-    return shareArea || LiesInside(a, b);
+bool OverlapsOrLiesIn(const Rect& a, const Rect& b) {
+    return DoOverlap(a, b) || Contains(b, a);
 }
 
 // A box's turn can only have a new outcome when the box itself or a later one that it would now absorb has
@@ -69,8 +46,7 @@ std::vector<SmearedBox> MergeOverlaps(std::vector<SmearedBox> boxes, MergeRule r
             for (int k = index.Next(i + 1, Ordered(box)); k < index.Count();
                  k = index.Next(k + 1, Ordered(box))) {
                 if (!rule(box, boxes[k])) continue;
-                Widen(box, boxes[k]);
-                box.wide |= boxes[k].wide;
+                box = {Union(box, boxes[k]), box.wide || boxes[k].wide};
                 index.Remove(k);
                 isAbsorbed[k] = 1;
                 hasGrown = true;
@@ -81,7 +57,7 @@ std::vector<SmearedBox> MergeOverlaps(std::vector<SmearedBox> boxes, MergeRule r
         }
         turns = grown;
         for (const int i : grown) {
-            const Box area = Ordered(boxes[i]);
+            const Rect area = Ordered(boxes[i]);
             for (int k = index.Next(0, area); k < i; k = index.Next(k + 1, area)) {
                 if (rule(boxes[k], boxes[i])) turns.push_back(k);
             }
@@ -101,15 +77,14 @@ std::vector<SmearedBox> MergeOverlaps(std::vector<SmearedBox> boxes, MergeRule r
 bool GatherByCentre(ComponentStore& store, const std::vector<SmearedBox>& boxes) {
     if (boxes.empty()) return true;
     ComponentNode* const first = store.firstBlock;
-    ComponentNode* const source = SourceLine(store);
+    ComponentNode* const source = store::FirstLine(store);
     if (source == nullptr) return false;
 
-    std::vector<ComponentNode*> nodes;
-    for (ComponentNode* node = source->firstChild; node != nullptr; node = node->next) nodes.push_back(node);
+    const std::vector<ComponentNode*> nodes = store::ChildrenOf(*source);
     BoxIndex centres(nodes.size(), [&](std::size_t i) {
         const auto x = static_cast<std::int16_t>(store::CentreX(*nodes[i]));
         const auto y = static_cast<std::int16_t>(store::CentreY(*nodes[i]));
-        return Box{x, y, x, y};
+        return Rect{x, y, x, y};
     });
 
     for (const SmearedBox& box : boxes) {
@@ -117,17 +92,13 @@ bool GatherByCentre(ComponentStore& store, const std::vector<SmearedBox>& boxes)
         if (block == nullptr) return false;
         ComponentNode* line = store::InsertLine(store, block, nullptr, nullptr, {});
         if (line == nullptr) return false;
-        Box bounds{kFarSide, 0, 0, kFarSide};
+        Rect bounds = store::kUnionStart;
         for (int i = centres.Next(0, box); i < centres.Count(); i = centres.Next(i + 1, box)) {
-            ComponentNode* node = nodes[i];
-            Widen(bounds, {node->left, node->top, node->right, node->bottom});
-            store::MoveToParent(source, node, line);
+            bounds = Union(bounds, RectOf(*nodes[i]));
+            store::MoveToParent(source, nodes[i], line);
             centres.Remove(i);
         }
-        block->left = bounds.left;
-        block->top = bounds.top;
-        block->right = bounds.right;
-        block->bottom = bounds.bottom;
+        SetRect(*block, bounds);
     }
     return true;
 }

@@ -3,7 +3,8 @@
 
 #include <vector>
 
-#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
+#include "image/Rect.h"
 
 // What the two block groupers share: stretched boxes of components, merged where they overlap, gather the
 // components whose centres they hold.
@@ -15,34 +16,25 @@ struct MeanSize {
 };
 
 // A component's stretched box. Wide ones merge only when one lies inside the other.
-struct SmearedBox : store::Box {
+struct SmearedBox : Rect {
     bool wide = false;
 };
 
-// The first line of the first block, from which components are gathered; null when there is none.
-ComponentNode* SourceLine(const ComponentStore& store);
+// Truncated means over the components of the source line: of their width, or the line's height where that
+// is less, and of their height. 1 x 1 without components.
+MeanSize MeanComponentSize(const ComponentStore& store);
 
-// Truncated means of min(width, height of the line) and of the height; 1 x 1 for no components.
-MeanSize MeanComponentSize(const ComponentNode* line);
-
-// Boxes of all components of the store, stretched, the last component's first. stretch gives the new right
-// and top of a component.
+// The boxes of all components of the store, stretched, the last component's first. stretch gives the box of
+// a component.
 template <class Stretch>
 std::vector<SmearedBox> Smear(const ComponentStore& store, Stretch stretch) {
     std::vector<SmearedBox> boxes;
-    for (const ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
-        for (const ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
-            for (const ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
-                boxes.push_back(stretch(*node));
-            }
-        }
-    }
+    store::ForEachComponent(store, [&](const ComponentNode* node) { boxes.push_back(stretch(*node)); });
     return {boxes.rbegin(), boxes.rend()};
 }
 
-// The rectangles share more than a side, or the first lies inside the second.
-bool DoOverlap(const store::Box& a, const store::Box& b);
-bool LiesInside(const store::Box& inner, const store::Box& outer);
+// The rectangles overlap by two columns and two rows, or the first lies inside the second.
+bool OverlapsOrLiesIn(const Rect& a, const Rect& b);
 
 using MergeRule = bool (*)(const SmearedBox& box, const SmearedBox& later);
 
@@ -51,7 +43,8 @@ using MergeRule = bool (*)(const SmearedBox& box, const SmearedBox& later);
 std::vector<SmearedBox> MergeOverlaps(std::vector<SmearedBox> boxes, MergeRule rule);
 
 // For each box in turn, a new block behind the first one with a line of the components of the source line
-// whose centres lie in the box, the last one first. False when there is no source line or the store is full.
-bool GatherByCentre(ComponentStore& store, const std::vector<SmearedBox>& boxes);
+// whose centres lie in the box, the last one first. The source line is the store's first one. False when
+// there is none or the store is full.
+[[nodiscard]] bool GatherByCentre(ComponentStore& store, const std::vector<SmearedBox>& boxes);
 
 }  // namespace tavrix

@@ -9,49 +9,42 @@
 namespace tavrix {
 namespace {
 
-using store::Box;
-
 // Meets nothing and widens nothing.
-constexpr Box kNoBox{32767, -32768, -32768, 32767};
+constexpr Rect kNoBox{INT16_MAX, INT16_MAX, INT16_MIN, INT16_MIN};
 
-// Bit i: lane i has left <= area.right, right >= area.left and the same for rows.
+// Bit i: lane i has x0 <= area.x1, x1 >= area.x0 and the same for rows.
 template <class Node>
-unsigned LanesMeeting(const Node& node, const Box& area) {
+unsigned LanesMeeting(const Node& node, const Rect& area) {
     const auto load = [](const std::int16_t* lanes) {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
     };
-    const __m128i missX = _mm_or_si128(_mm_cmpgt_epi16(load(node.left), _mm_set1_epi16(area.right)),
-                                       _mm_cmplt_epi16(load(node.right), _mm_set1_epi16(area.left)));
-    const __m128i missY = _mm_or_si128(_mm_cmpgt_epi16(load(node.bottom), _mm_set1_epi16(area.top)),
-                                       _mm_cmplt_epi16(load(node.top), _mm_set1_epi16(area.bottom)));
+    const __m128i missX = _mm_or_si128(_mm_cmpgt_epi16(load(node.x0), _mm_set1_epi16(area.x1)),
+                                       _mm_cmplt_epi16(load(node.x1), _mm_set1_epi16(area.x0)));
+    const __m128i missY = _mm_or_si128(_mm_cmpgt_epi16(load(node.y0), _mm_set1_epi16(area.y1)),
+                                       _mm_cmplt_epi16(load(node.y1), _mm_set1_epi16(area.y0)));
     const __m128i miss = _mm_or_si128(missX, missY);
     return ~static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(miss, miss))) & 0xFF;
 }
 
 template <class Node>
-void SetLane(Node& node, std::size_t lane, const Box& box) {
-    node.left[lane] = box.left;
-    node.right[lane] = box.right;
-    node.bottom[lane] = box.bottom;
-    node.top[lane] = box.top;
+void SetLane(Node& node, std::size_t lane, const Rect& box) {
+    node.x0[lane] = box.x0;
+    node.y0[lane] = box.y0;
+    node.x1[lane] = box.x1;
+    node.y1[lane] = box.y1;
 }
 
 template <class Node>
-Box BoundsOf(const Node& node) {
-    Box box = kNoBox;
-    for (const std::int16_t side : node.left) box.left = std::min(box.left, side);
-    for (const std::int16_t side : node.right) box.right = std::max(box.right, side);
-    for (const std::int16_t side : node.bottom) box.bottom = std::min(box.bottom, side);
-    for (const std::int16_t side : node.top) box.top = std::max(box.top, side);
+Rect BoundsOf(const Node& node) {
+    Rect box = kNoBox;
+    for (const std::int16_t side : node.x0) box.x0 = std::min(box.x0, side);
+    for (const std::int16_t side : node.y0) box.y0 = std::min(box.y0, side);
+    for (const std::int16_t side : node.x1) box.x1 = std::max(box.x1, side);
+    for (const std::int16_t side : node.y1) box.y1 = std::max(box.y1, side);
     return box;
 }
 
 }  // namespace
-
-Box Ordered(const Box& box) {
-    return {std::min(box.left, box.right), std::max(box.top, box.bottom), std::max(box.left, box.right),
-            std::min(box.top, box.bottom)};
-}
 
 BoxIndex::BoxIndex(std::size_t size) : count(static_cast<int>(size)) {
     Node none;
@@ -62,7 +55,7 @@ BoxIndex::BoxIndex(std::size_t size) : count(static_cast<int>(size)) {
     } while (size > 1);
 }
 
-void BoxIndex::SetLeaf(std::size_t i, const Box& box) {
+void BoxIndex::SetLeaf(std::size_t i, const Rect& box) {
     SetLane(levels[0][i / kFanOut], i % kFanOut, box);
 }
 
@@ -75,9 +68,9 @@ void BoxIndex::BuildUpperLevels() {
     }
 }
 
-int BoxIndex::Next(int from, const Box& wanted) const {
-    Box area = wanted;
-    area.left = std::max<std::int16_t>(area.left, -32767);  // passes by kNoBox
+int BoxIndex::Next(int from, const Rect& wanted) const {
+    Rect area = wanted;
+    area.x0 = std::max<std::int16_t>(area.x0, INT16_MIN + 1);  // passes by kNoBox
     std::size_t level = 0;
     for (auto i = static_cast<std::size_t>(from);;) {
         const std::size_t node = i / kFanOut;
@@ -95,7 +88,7 @@ int BoxIndex::Next(int from, const Box& wanted) const {
     }
 }
 
-void BoxIndex::Set(int position, const Box& box) {
+void BoxIndex::Set(int position, const Rect& box) {
     Replace(position, Ordered(box));
 }
 
@@ -103,7 +96,7 @@ void BoxIndex::Remove(int position) {
     Replace(position, kNoBox);
 }
 
-void BoxIndex::Replace(int position, Box box) {
+void BoxIndex::Replace(int position, Rect box) {
     auto i = static_cast<std::size_t>(position);
     for (std::vector<Node>& level : levels) {
         Node& node = level[i / kFanOut];

@@ -3,13 +3,10 @@
 
 #include <cstdint>
 
-#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
 
 namespace tavrix {
 namespace {
-
-using store::HeightOf;
-using store::WidthOf;
 
 constexpr int kMinSide = 6;                  // pixels; smaller components do not count
 constexpr double kMaxSingleLineShare = 0.5;  // of the image's sides, for a line with one such component
@@ -23,16 +20,15 @@ struct Largest {
 
 Largest LargestOf(const ComponentNode& line) {
     Largest largest;
-    for (const ComponentNode* node = line.firstChild; node != nullptr; node = node->next) {
-        const int w = WidthOf(*node), h = HeightOf(*node);
-        if (w < kMinSide || h < kMinSide) continue;
+    store::ForEachChild(line, [&](const ComponentNode* node) {
+        const Rect box = RectOf(*node);
+        if (box.Width() < kMinSide || box.Height() < kMinSide) return;
         ++largest.count;
-        const std::int64_t area = std::int64_t{w} * h;
-        if (area > largest.area) {
-            largest.area = area;
-            largest.width = w;
+        if (box.Area() > largest.area) {
+            largest.area = box.Area();
+            largest.width = box.Width();
         }
-    }
+    });
     return largest;
 }
 
@@ -41,18 +37,16 @@ Largest LargestOf(const ComponentNode& line) {
 LogoRect LogoOf(const ComponentStore& store, int pageWidth, int pageHeight) {
     LogoRect logo{};
     std::int64_t best = 0;
-    for (const ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
-        for (const ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
-            const Largest largest = LargestOf(*line);
-            if (largest.area <= best || largest.width >= kMaxWidthShare * pageWidth) continue;
-            if (largest.count == 1 && (WidthOf(*line) > kMaxSingleLineShare * pageWidth ||
-                                       HeightOf(*line) > kMaxSingleLineShare * pageHeight)) {
-                continue;
-            }
-            best = largest.area;
-            logo = {line->left, line->top, line->right, line->bottom, 0};
+    store::ForEachLine(store, [&](const ComponentNode* line) {
+        const Largest largest = LargestOf(*line);
+        if (largest.area <= best || largest.width >= kMaxWidthShare * pageWidth) return;
+        if (largest.count == 1 && (store::WidthOf(*line) > kMaxSingleLineShare * pageWidth ||
+                                   store::HeightOf(*line) > kMaxSingleLineShare * pageHeight)) {
+            return;
         }
-    }
+        best = largest.area;
+        SetRect(logo, RectOf(*line));
+    });
     return logo;
 }
 

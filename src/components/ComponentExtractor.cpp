@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
+#include "image/Rect.h"
+#include "platform/Guarded.h"
 
 namespace tavrix {
 namespace {
@@ -59,10 +61,7 @@ struct Label {
     ComponentNode* node;
     std::uint32_t parent;  // own index in a root
     std::uint32_t pixelCount;
-    std::int16_t left;
-    std::int16_t right;
-    std::int16_t top;
-    std::int16_t bottom;
+    Rect box;
 };
 
 class Extraction {
@@ -130,9 +129,9 @@ class Extraction {
         }
         if (touching->lastX == end - 1) ++touching;
         Label& component = labels[label];
-        component.top = y;
-        component.left = std::min(component.left, static_cast<std::int16_t>(start));
-        component.right = std::max(component.right, static_cast<std::int16_t>(end - 1));
+        component.box.y1 = y;
+        component.box.x0 = std::min(component.box.x0, static_cast<std::int16_t>(start));
+        component.box.x1 = std::max(component.box.x1, static_cast<std::int16_t>(end - 1));
         component.pixelCount += static_cast<std::uint32_t>(end - start);
         return label;
     }
@@ -143,17 +142,17 @@ class Extraction {
         for (std::size_t i = 0; i < previousCount; ++i) {
             Label& component = labels[RootOf(previous[i].label)];
             component.pixelCount += repeats * (previous[i].lastX - previous[i].firstX + 1u);
-            component.top = previousY;
+            component.box.y1 = previousY;
         }
         repeats = 0;
     }
 
     std::uint32_t StartComponent(int start, int end, std::int16_t y) {
-        const auto left = static_cast<std::int16_t>(start), right = static_cast<std::int16_t>(end - 1);
-        ComponentNode* node = store::InsertComponent(store, line, tail, nullptr, {left, y, right, y});
+        const Rect box{static_cast<std::int16_t>(start), y, static_cast<std::int16_t>(end - 1), y};
+        ComponentNode* node = store::InsertComponent(store, line, tail, nullptr, box);
         if (node == nullptr) return kNoLabel;
         tail = node;
-        labels[labelCount] = {node, labelCount, static_cast<std::uint32_t>(end - start), left, right, y, y};
+        labels[labelCount] = {node, labelCount, static_cast<std::uint32_t>(end - start), box};
         return labelCount++;
     }
 
@@ -167,11 +166,11 @@ class Extraction {
 
     // The node of the absorbed component is free at once, since a later component may need it.
     std::uint32_t Merge(std::uint32_t keeperLabel, std::uint32_t otherLabel) {
-        if (labels[otherLabel].bottom < labels[keeperLabel].bottom) std::swap(keeperLabel, otherLabel);
+        if (labels[otherLabel].box.y0 < labels[keeperLabel].box.y0) std::swap(keeperLabel, otherLabel);
         Label& keeper = labels[keeperLabel];
         Label& other = labels[otherLabel];
-        keeper.left = std::min(keeper.left, other.left);
-        keeper.right = std::max(keeper.right, other.right);
+        keeper.box.x0 = std::min(keeper.box.x0, other.box.x0);
+        keeper.box.x1 = std::max(keeper.box.x1, other.box.x1);
         keeper.pixelCount += other.pixelCount;
         other.parent = keeperLabel;
         WriteNode(other);
@@ -181,9 +180,7 @@ class Extraction {
     }
 
     static void WriteNode(const Label& label) {
-        label.node->left = label.left;
-        label.node->right = label.right;
-        label.node->top = label.top;
+        SetRect(*label.node, label.box);
         label.node->pixelCount = label.pixelCount;
     }
 
@@ -235,33 +232,32 @@ void Grow(std::int16_t& low, std::int16_t& high, std::int32_t amount, std::int16
 
 }  // namespace
 
-bool ComponentExtractor::Run(ComponentStore& store) try {
-    Extraction extraction(store, width);
-    ComponentNode* block = store::InsertBlock(store, nullptr, nullptr, {});
-    if (block == nullptr) return false;
-    ComponentNode* line = store::InsertLine(store, block, nullptr, nullptr, {});
-    if (line == nullptr) return false;
-    extraction.SetLine(line);
-    for (int y = 0; y < height; ++y) extraction.AddRow(image->Row(y), width, static_cast<std::int16_t>(y));
-    extraction.Finish();
-    line->right = static_cast<std::int16_t>(width - 1);
-    line->top = static_cast<std::int16_t>(height - 1);
-    return true;
-} catch (const std::bad_alloc&) {
-    return false;
+bool ComponentExtractor::Run(ComponentStore& store) {
+    return Guarded(false, [&] {
+        Extraction extraction(store, width);
+        ComponentNode* block = store::InsertBlock(store, nullptr, nullptr, {});
+        if (block == nullptr) return false;
+        ComponentNode* line = store::InsertLine(store, block, nullptr, nullptr, {});
+        if (line == nullptr) return false;
+        extraction.SetLine(line);
+        for (int y = 0; y < height; ++y)
+            extraction.AddRow(image->Row(y), width, static_cast<std::int16_t>(y));
+        extraction.Finish();
+        line->right = static_cast<std::int16_t>(width - 1);
+        line->top = static_cast<std::int16_t>(height - 1);
+        return true;
+    });
 }
 
 bool ComponentExtractor::RunAndGrow(ComponentStore& store, std::int32_t growX, std::int32_t growY) {
     Run(store);
     const auto stepX = static_cast<std::int16_t>(growX), stepY = static_cast<std::int16_t>(growY);
-    for (ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
-        for (ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
-            for (ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
-                Grow(node->left, node->right, stepX, line->left, line->right);
-                Grow(node->bottom, node->top, stepY, line->bottom, line->top);
-            }
-        }
-    }
+    store::ForEachLine(store, [&](const ComponentNode* line) {
+        store::ForEachChild(*line, [&](ComponentNode* node) {
+            Grow(node->left, node->right, stepX, line->left, line->right);
+            Grow(node->bottom, node->top, stepY, line->bottom, line->top);
+        });
+    });
     return true;
 }
 

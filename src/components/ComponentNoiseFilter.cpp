@@ -3,13 +3,17 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 #include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
 
 namespace tavrix {
 namespace {
 
+using store::ForEachBlock;
+using store::ForEachChild;
 using store::HeightOf;
 using store::WidthOf;
 
@@ -19,8 +23,11 @@ constexpr int kLargeSide = 300;    // pixels; longer in both directions: a frame
 constexpr int kLimitStep = 2;      // pixels by which Run raises its limit
 constexpr int kLastLimit = 65534;  // pixels
 // FilterLineNoise
-constexpr int kDotSide = 3;     // pixels; smaller in both directions: a dot, left out of the mean sizes
-constexpr int kLongAspect = 6;  // an elongated component is at least so many times longer than thick
+constexpr int kDotSide = 3;      // pixels; smaller in both directions: a dot, left out of the mean sizes
+constexpr int kLongAspect = 6;   // an elongated component is at least so many times longer than thick
+constexpr int kLongInPages = 2;  // page heights that an elongated component is allowed at least
+constexpr int kLongInMeans = 3;  // mean sides of its line, likewise
+constexpr int kEdgeShare = 5;    // a page-high component in the outer fifth on either side is a frame's edge
 // FilterForTextLines and FilterForBinarization
 constexpr int kMinLineSide = 10;     // pixels
 constexpr int kMinSide = 2;          // pixels
@@ -32,24 +39,14 @@ int LongerSide(const ComponentNode& node) {
     return std::max(WidthOf(node), HeightOf(node));
 }
 
-// Height of a box whichever way up it is.
+// Height of a component whichever way up it is.
 int AbsoluteHeightOf(const ComponentNode& node) {
-    return std::max(node.top - node.bottom, node.bottom - node.top) + 1;
-}
-
-// Calls visit for the node and its later siblings; visit may delete the node.
-template <class Visit>
-void ForEach(ComponentNode* node, Visit visit) {
-    while (node != nullptr) {
-        ComponentNode* following = node->next;
-        visit(node);
-        node = following;
-    }
+    return std::abs(node.top - node.bottom) + 1;
 }
 
 template <class IsNoise>
 void DeleteComponentsIf(ComponentStore& store, ComponentNode* line, IsNoise isNoise) {
-    ForEach(line->firstChild, [&](ComponentNode* node) {
+    ForEachChild(*line, [&](ComponentNode* node) {
         if (isNoise(*node)) store::DeleteComponent(store, node);
     });
 }
@@ -59,20 +56,15 @@ void DeleteBlockIfEmpty(ComponentStore& store, ComponentNode* block) {
 }
 
 // Truncated mean, over the sides of at least kDotSide; 0 when there are none.
-template <class SideOf>
-int MeanSide(const ComponentNode* node, SideOf sideOf) {
+int MeanSide(const ComponentNode& line, int (*sideOf)(const ComponentNode&)) {
     std::int64_t sum = 0, count = 0;
-    for (; node != nullptr; node = node->next) {
+    ForEachChild(line, [&](const ComponentNode* node) {
         const int side = sideOf(*node);
-        if (side < kDotSide) continue;
+        if (side < kDotSide) return;
         sum += side;
         ++count;
-    }
+    });
     return count != 0 ? static_cast<int>(sum / count) : 0;
-}
-
-bool IsSmallLine(const ComponentNode& line) {
-    return HeightOf(line) < kMinLineSide || WidthOf(line) < kMinLineSide;
 }
 
 bool IsSliver(const ComponentNode& node) {
@@ -80,6 +72,10 @@ bool IsSliver(const ComponentNode& node) {
 }
 
 }  // namespace
+
+bool IsSmallLine(const ComponentNode& line) {
+    return HeightOf(line) < kMinLineSide || WidthOf(line) < kMinLineSide;
+}
 
 // Every pass deletes the components whose longer side the limit has reached; those that break the other
 // rules went with the first pass. So one list, ordered by longer side and within that as the passes walk,
@@ -94,13 +90,9 @@ bool ComponentNoiseFilter::Run(ComponentStore& store, int, int) {
         ComponentNode* node;
     };
     std::vector<Candidate> candidates;
-    for (ComponentNode* block = store.firstBlock; block != nullptr; block = block->next) {
-        for (ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
-            for (ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
-                candidates.push_back({(LongerSide(*node) + 1) / kLimitStep * kLimitStep, node});
-            }
-        }
-    }
+    store::ForEachComponent(store, [&](ComponentNode* node) {
+        candidates.push_back({(LongerSide(*node) + 1) / kLimitStep * kLimitStep, node});
+    });
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate& a, const Candidate& b) { return a.limit < b.limit; });
 
@@ -120,8 +112,8 @@ bool ComponentNoiseFilter::Run(ComponentStore& store, int, int) {
 }
 
 bool ComponentNoiseFilter::FilterBySize(ComponentStore& store, int maxW, int maxH) {
-    ForEach(store.firstBlock, [&](ComponentNode* block) {
-        ForEach(block->firstChild, [&](ComponentNode* line) {
+    ForEachBlock(store, [&](ComponentNode* block) {
+        ForEachChild(*block, [&](ComponentNode* line) {
             DeleteComponentsIf(store, line, [&](const ComponentNode& node) {
                 const int w = WidthOf(node), h = HeightOf(node);
                 const bool isKept = (w > maxW || h > maxH) && w < kRuleAspect * h && h < kRuleAspect * w &&
@@ -136,23 +128,22 @@ bool ComponentNoiseFilter::FilterBySize(ComponentStore& store, int maxW, int max
 }
 
 void ComponentNoiseFilter::FilterLineNoise(ComponentStore& store) {
-    ForEach(store.firstBlock, [&](ComponentNode* block) {
-        ForEach(block->firstChild, [&](ComponentNode* line) {
+    ForEachBlock(store, [&](ComponentNode* block) {
+        ForEachChild(*block, [&](ComponentNode* line) {
             if (line->firstChild == nullptr) return;
             // One mean stands in for the other when that has nothing to count.
-            const int mean = std::max(MeanSide(line->firstChild, WidthOf<ComponentNode>),
-                                      MeanSide(line->firstChild, HeightOf<ComponentNode>));
+            const int mean = std::max(MeanSide(*line, WidthOf), MeanSide(*line, HeightOf));
             if (mean == 0) {
                 store::DeleteLine(store, line);
                 return;
             }
-            const int limit = std::max(2 * height, 3 * mean);
+            const int limit = std::max(kLongInPages * height, kLongInMeans * mean);
             DeleteComponentsIf(store, line, [&](const ComponentNode& node) {
                 const int w = WidthOf(node), h = HeightOf(node);
                 if (w < kDotSide && h < kDotSide) return true;
                 if ((w >= kLongAspect * h || h >= kLongAspect * w) && std::max(w, h) > limit) return true;
                 return node.bottom == 0 && node.top == height - 1 &&
-                       (node.left < width / 5 || node.right > 4 * width / 5);
+                       (node.left < width / kEdgeShare || node.right > (kEdgeShare - 1) * width / kEdgeShare);
             });
             if (line->firstChild == nullptr) store::DeleteLine(store, line);
         });
@@ -161,8 +152,8 @@ void ComponentNoiseFilter::FilterLineNoise(ComponentStore& store) {
 }
 
 bool ComponentNoiseFilter::FilterForTextLines(ComponentStore& store) {
-    ForEach(store.firstBlock, [&](ComponentNode* block) {
-        ForEach(block->firstChild, [&](ComponentNode* line) {
+    ForEachBlock(store, [&](ComponentNode* block) {
+        ForEachChild(*block, [&](ComponentNode* line) {
             if (IsSmallLine(*line)) {
                 store::DeleteLine(store, line);
                 return;
@@ -178,7 +169,7 @@ bool ComponentNoiseFilter::FilterForTextLines(ComponentStore& store) {
 }
 
 bool ComponentNoiseFilter::FilterForBinarization(ComponentStore& store) {
-    ForEach(store.firstBlock, [&](ComponentNode* block) {
+    ForEachBlock(store, [&](ComponentNode* block) {
         while (block->firstChild != nullptr && IsSmallLine(*block->firstChild)) {
             store::DeleteLine(store, block->firstChild);
         }

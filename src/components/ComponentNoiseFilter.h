@@ -15,6 +15,9 @@ class NoiseFilterBase : public ImageFrame {
     NoiseFilterBase& operator=(const NoiseFilterBase&) = delete;
 };
 
+// Too low or too narrow for a line of text.
+bool IsSmallLine(const ComponentNode& line);
+
 // Deletes components that are no text by their size, shape and position, from all blocks and lines of a
 // store made from the image. Widths and heights are unsigned 16-bit numbers.
 class ComponentNoiseFilter : public NoiseFilterBase {

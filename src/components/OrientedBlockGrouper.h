@@ -10,8 +10,8 @@ namespace tavrix {
 class OrientedBlockGrouper : public ComponentGrouper {
   public:
     using ComponentGrouper::ComponentGrouper;
-    // Blocks may end up empty. False, with the blocks made so far in the store, when memory or the store's
-    // room runs out or the first block has no line.
+    // Blocks may end up empty. False, with the blocks made so far in the store, when the store's room runs
+    // out or the first block has no line. Throws std::bad_alloc.
     bool Run(ComponentStore& store) override;
 };
 

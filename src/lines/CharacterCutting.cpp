@@ -1,163 +1,30 @@
 // SPDX-License-Identifier: MIT
+#include "lines/CharacterCutting.h"
+
 #include <algorithm>
-#include <bit>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
-#include <new>
 #include <optional>
 #include <vector>
 
 #include "components/ComponentStore.h"
-#include "image/DibImage.h"
-#include "lines/LineNodes.h"
-#include "lines/TextLineGrouper.h"
+#include "components/ComponentTree.h"
+#include "components/NodeMoves.h"
+#include "image/Ratio.h"
+#include "lines/ColumnProfiles.h"
+#include "lines/InkStrips.h"
+#include "platform/Guarded.h"
 
-namespace tavrix {
+namespace tavrix::lines {
 namespace {
 
-constexpr int kStripWidth = 64;   // columns that one word holds
-constexpr int kCounterBits = 15;  // of a count of ink in a column: at most 32,767 rows
-
-// The black pixels of a 1-bit image inside a rectangle, a strip of 64 columns at a time. Strips begin at
-// whole bytes; places outside the rectangle or the image hold no ink.
-class InkStrips {
-  public:
-    InkStrips(const DibImage& imageOfInk, const store::Box& area)
-        : image(imageOfInk),
-          left(std::max<int>(area.left, 0)),
-          right(std::min<int>(area.right, image.Width() - 1)),
-          bottom(std::max<int>(area.bottom, 0)),
-          top(std::min<int>(area.top, image.Height() - 1)) {}
-
-    bool IsEmpty() const { return left > right || bottom > top; }
-    int FirstColumn() const { return left & ~7; }
-    int LastColumn() const { return right; }
-    int FirstRow() const { return bottom; }
-    int LastRow() const { return top; }
-
-    // Ink of the strip's columns x .. x + 63 in row y; the highest bit is column x.
-    std::uint64_t Word(int x, int y) const {
-        const std::uint8_t* const row = image.Row(y);
-        const int offset = x / 8;
-        const int bytes = std::min(8, static_cast<int>(image.RowBytes()) - offset);
-        std::uint64_t word = 0;
-        if (bytes == 8) {
-            std::memcpy(&word, row + offset, 8);
-        } else {
-            std::memcpy(&word, row + offset, static_cast<std::size_t>(bytes));
-        }
-        return ~__builtin_bswap64(word) & MaskOf(x);
-    }
-
-    // Columns of a strip with ink in any row.
-    std::uint64_t InkedColumns(int x) const {
-        std::uint64_t inked = 0;
-        for (int y = bottom; y <= top; ++y) inked |= Word(x, y);
-        return inked;
-    }
-
-    bool IsInked(int y) const {
-        for (int x = FirstColumn(); x <= right; x += kStripWidth) {
-            if (Word(x, y) != 0) return true;
-        }
-        return false;
-    }
-
-  private:
-    std::uint64_t MaskOf(int x) const {
-        std::uint64_t mask = ~std::uint64_t{0};
-        if (x < left) mask >>= left - x;
-        if (right - x < kStripWidth - 1) mask &= ~std::uint64_t{0} << (kStripWidth - 1 - (right - x));
-        return mask;
-    }
-
-    const DibImage& image;
-    const int left;
-    const int right;
-    const int bottom;
-    const int top;
-};
-
-// What each column of a component holds: its ink pixels and the rows from its lowest to its highest one.
-// A column without ink repeats the span of the column before.
-struct ColumnProfiles {
-    std::vector<std::uint16_t> ink;
-    std::vector<std::uint16_t> span;
-};
-
-// Adds the ink of one strip. Counts run in parallel for all columns: plane k holds bit k of each.
-void ProfileStrip(const InkStrips& strips, int x, int left, ColumnProfiles& profiles) {
-    std::uint64_t planes[kCounterBits] = {};
-    int lowest[kStripWidth];
-    std::uint64_t seen = 0;
-    for (int y = strips.FirstRow(); y <= strips.LastRow(); ++y) {
-        const std::uint64_t word = strips.Word(x, y);
-        std::uint64_t carry = word;
-        for (int k = 0; carry != 0 && k < kCounterBits; ++k) {
-            const std::uint64_t both = planes[k] & carry;
-            planes[k] ^= carry;
-            carry = both;
-        }
-        for (std::uint64_t fresh = word & ~seen; fresh != 0;) {
-            const int bit = std::countl_zero(fresh);
-            lowest[bit] = y;
-            fresh &= ~(std::uint64_t{1} << (kStripWidth - 1 - bit));
-        }
-        seen |= word;
-    }
-    std::uint64_t pending = seen;
-    for (int y = strips.LastRow(); pending != 0; --y) {
-        for (std::uint64_t fresh = strips.Word(x, y) & pending; fresh != 0;) {
-            const int bit = std::countl_zero(fresh);
-            const std::uint64_t column = std::uint64_t{1} << (kStripWidth - 1 - bit);
-            fresh &= ~column;
-            pending &= ~column;
-            int count = 0;
-            for (int k = 0; k < kCounterBits; ++k) count |= (planes[k] & column) != 0 ? 1 << k : 0;
-            const std::size_t index = static_cast<std::size_t>(x + bit - left);
-            profiles.ink[index] = static_cast<std::uint16_t>(count);
-            profiles.span[index] = static_cast<std::uint16_t>(y - lowest[bit] + 1);
-        }
-    }
-}
-
-ColumnProfiles ProfileColumns(const DibImage& image, const store::Box& box) {
-    const std::size_t columns = static_cast<std::size_t>(box.right - box.left + 1);
-    ColumnProfiles profiles{std::vector<std::uint16_t>(columns), std::vector<std::uint16_t>(columns)};
-    const InkStrips strips(image, box);
-    if (!strips.IsEmpty()) {
-        for (int x = strips.FirstColumn(); x <= strips.LastColumn(); x += kStripWidth) {
-            ProfileStrip(strips, x, box.left, profiles);
-        }
-    }
-    for (std::size_t i = 1; i < columns; ++i) {
-        if (profiles.ink[i] == 0) profiles.span[i] = profiles.span[i - 1];
-    }
-    return profiles;
-}
-
-// The box of the ink inside a box. Where there is none each side ends at the one across from it, which
-// leaves the box inside out: its right side is the left one of before, and so on.
-store::Box ShrinkToInk(const DibImage& image, const store::Box& box) {
-    const store::Box insideOut{box.right, box.bottom, box.left, box.top};
-    const InkStrips strips(image, box);
-    if (strips.IsEmpty()) return insideOut;
-    std::optional<int> left;
-    int right = 0;
-    for (int x = strips.FirstColumn(); x <= strips.LastColumn(); x += kStripWidth) {
-        const std::uint64_t inked = strips.InkedColumns(x);
-        if (inked == 0) continue;
-        if (!left) left = x + std::countl_zero(inked);
-        right = x + kStripWidth - 1 - std::countr_zero(inked);
-    }
-    if (!left) return insideOut;
-    int bottom = strips.FirstRow();
-    while (!strips.IsInked(bottom)) ++bottom;
-    int top = strips.LastRow();
-    while (!strips.IsInked(top)) --top;
-    return {static_cast<std::int16_t>(*left), static_cast<std::int16_t>(top),
-            static_cast<std::int16_t>(right), static_cast<std::int16_t>(bottom)};
-}
+constexpr Ratio kNarrow{3, 2};    // heights that a single character is wide at most
+constexpr int kMaxGaps = 4;       // gaps to its nearer neighbour that a component to be cut is wider than
+constexpr Ratio kMinPiece{2, 3};  // piece widths between cuts, and from the first and last column
+constexpr Ratio kJump{1, 2};      // component heights by which the span changes at a cut, exclusive
+constexpr Ratio kThin{1, 4};      // component heights of ink in a column that may be a cut
+constexpr int kLowSpan = 3;       // the part of the height that its span stays below, rounded down
+constexpr int kDenseSpan = 2;     // the part of its ink that the gaps in it stay below, rounded down
 
 enum Mark : std::uint8_t { kPlain, kCandidate, kCut };
 
@@ -166,13 +33,14 @@ std::vector<std::uint8_t> MarkColumns(const ColumnProfiles& profiles, int height
     const std::vector<std::uint16_t>& ink = profiles.ink;
     const std::vector<std::uint16_t>& span = profiles.span;
     const int columns = static_cast<int>(ink.size());
-    const int border = std::max(2 * pieceWidth / 3, 1);
+    const int border = std::max(kMinPiece.numerator * pieceWidth / kMinPiece.denominator, 1);
     std::vector<std::uint8_t> marks(ink.size(), kPlain);
     for (int column = border; column < columns - border; ++column) {
         const std::size_t i = static_cast<std::size_t>(column);
-        if (4 * std::abs(span[i] - span[i + 1]) > 2 * height) {
+        if (std::abs(span[i] - span[i + 1]) > kJump * height) {
             marks[i] = kCut;
-        } else if (4 * ink[i] <= height && span[i] < height / 3 && std::abs(span[i] - ink[i]) < ink[i] / 2) {
+        } else if (ink[i] <= kThin * height && span[i] < height / kLowSpan &&
+                   std::abs(span[i] - ink[i]) < ink[i] / kDenseSpan) {
             marks[i] = kCandidate;
         }
     }
@@ -199,7 +67,7 @@ std::vector<int> ThinnedCuts(const std::vector<std::uint16_t>& ink, const std::v
     for (int column = 1; column < static_cast<int>(marks.size()); ++column) {
         const std::size_t i = static_cast<std::size_t>(column);
         if (marks[i] != kCut) continue;
-        if (3 * (column - cuts.back()) < 2 * pieceWidth) {
+        if (column - cuts.back() < kMinPiece * pieceWidth) {
             if (ink[i] >= ink[static_cast<std::size_t>(cuts.back())]) continue;
             cuts.pop_back();
         }
@@ -209,17 +77,14 @@ std::vector<int> ThinnedCuts(const std::vector<std::uint16_t>& ink, const std::v
     return cuts;
 }
 
-// None when memory runs out.
-std::optional<std::vector<int>> FindCuts(const DibImage& image, const store::Box& box, int height,
-                                         int pieceWidth) {
-    try {
+// The columns of a component where it is to be cut, counted from its left; none when memory runs out.
+std::optional<std::vector<int>> FindCuts(const DibImage& image, const Rect& box, int pieceWidth) {
+    return Guarded(std::optional<std::vector<int>>(), [&] {
         const ColumnProfiles profiles = ProfileColumns(image, box);
-        std::vector<std::uint8_t> marks = MarkColumns(profiles, height, pieceWidth);
+        std::vector<std::uint8_t> marks = MarkColumns(profiles, box.Height(), pieceWidth);
         CutThinnestOfRuns(profiles.ink, marks);
         return ThinnedCuts(profiles.ink, marks, pieceWidth);
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    }
+    });
 }
 
 // Columns between two neighbours in a line; 0 when they overlap or one is missing.
@@ -233,12 +98,12 @@ int MeanCharacterWidth(const ComponentNode& line) {
     std::uint64_t heights = 0;
     std::uint64_t narrow = 0;
     std::uint64_t all = 0;
-    lines::ForEachComponent(line, [&](const ComponentNode* node) {
+    store::ForEachChild(line, [&](const ComponentNode* node) {
         const int width = store::WidthOf(*node);
         const int height = store::HeightOf(*node);
         heights += height;
         ++all;
-        if (2 * width > 3 * height) return;
+        if (width > kNarrow * height) return;
         widths += width;
         ++narrow;
     });
@@ -246,41 +111,41 @@ int MeanCharacterWidth(const ComponentNode& line) {
     return all != 0 ? static_cast<int>(heights / all) : 0;
 }
 
-}  // namespace
-
-void TextLineGrouper::CutComponent(ComponentStore& store, ComponentNode* component, int pieceWidth) const {
-    store::Box box = lines::BoxOf(*component);
-    if (box.left > box.right || box.bottom > box.top) return;
-    const std::optional<std::vector<int>> cuts =
-        FindCuts(*image, box, store::HeightOf(*component), pieceWidth);
+// Cuts one component into pieces about pieceWidth wide, at thin places and sudden changes of extent.
+void CutComponent(ComponentStore& store, ComponentNode* component, const DibImage& image, int pieceWidth) {
+    Rect box = RectOf(*component);
+    if (box.IsEmpty()) return;
+    const std::optional<std::vector<int>> cuts = FindCuts(image, box, pieceWidth);
     if (!cuts) return;
-    const int left = box.left;
+    const std::int16_t left = box.x0;
     for (const int cut : *cuts) {
-        const std::int16_t end = static_cast<std::int16_t>(left + cut);
-        const store::Box piece = ShrinkToInk(*image, {box.left, box.top, end, box.bottom});
+        const auto end = static_cast<std::int16_t>(left + cut);
+        const Rect piece = ShrinkToInk(image, {box.x0, box.y0, end, box.y1});
         if (store::InsertComponent(store, component->parent, component->prev, component, piece) == nullptr) {
             break;  // the store is full: the rest stays one component
         }
-        box.left = end;
+        box.x0 = end;
     }
-    lines::SetBox(*component, ShrinkToInk(*image, box));
+    SetRect(*component, ShrinkToInk(image, box));
 }
 
-void TextLineGrouper::SplitWideComponents(ComponentStore& store) const {
-    lines::ForEachLine(store, [&](ComponentNode* line) {
-        store::SortChildren(line, true);
+}  // namespace
+
+void SplitWideComponents(ComponentStore& store, const DibImage& image) {
+    store::ForEachLine(store, [&](ComponentNode* line) {
+        store::SortChildren(line);
         const int meanWidth = MeanCharacterWidth(*line);
         if (meanWidth == 0) return;
-        lines::ForEachComponent(*line, [&](ComponentNode* component) {
-            const int componentWidth = store::WidthOf(*component);
-            const int pieces = (10 * componentWidth / meanWidth + 5) / 10;
+        store::ForEachChild(*line, [&](ComponentNode* component) {
+            const int width = store::WidthOf(*component);
+            const int pieces = (10 * width / meanWidth + 5) / 10;  // rounded
             const int gap =
                 std::min(GapBetween(component->prev, component), GapBetween(component, component->next));
-            if (pieces > 1 && componentWidth > 4 * gap) {
-                CutComponent(store, component, componentWidth / pieces);
+            if (pieces > 1 && width > kMaxGaps * gap) {
+                CutComponent(store, component, image, width / pieces);
             }
         });
     });
 }
 
-}  // namespace tavrix
+}  // namespace tavrix::lines

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-namespace tavrix {
+namespace tavrix::lines {
 
 inline constexpr int kHeightWindow = 5;  // pixels of height that count as one size of type
 
@@ -37,7 +37,6 @@ class HeightHistogram {
         largest = std::max(largest, height);
     }
     bool Empty() const { return largest < 0; }
-    int Smallest() const { return smallest; }
     // The smallest height that more than `count` items reach, or the smallest one counted.
     int ReachedByMoreThan(std::uint32_t count) const {
         std::uint32_t sum = 0;
@@ -53,6 +52,8 @@ class HeightHistogram {
         return BestWindow(&counts[static_cast<std::size_t>(from)], largest - from + 1, kHeightWindow) + from +
                1;
     }
+    // The same of all, 1 of none.
+    int TypicalOfAll() const { return Empty() ? 1 : Typical(smallest); }
 
   private:
     std::array<std::uint16_t, Room> counts{};
@@ -60,4 +61,4 @@ class HeightHistogram {
     int largest = -1;
 };
 
-}  // namespace tavrix
+}  // namespace tavrix::lines

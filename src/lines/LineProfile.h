@@ -3,7 +3,7 @@
 
 #include "tavrix/tavrix.h"
 
-namespace tavrix {
+namespace tavrix::lines {
 
 // What a line of text looks like. Typical heights are those of components that are neither wide nor tall
 // for their other side, 1 where there is none. The halves of a line of few components count nothing and
@@ -23,4 +23,4 @@ struct LineProfile {
     int rightHeight = 1;
 };
 
-}  // namespace tavrix
+}  // namespace tavrix::lines

@@ -3,16 +3,46 @@
 
 #include "components/ComponentNoiseFilter.h"
 #include "components/ComponentStore.h"
-#include "lines/HeightHistogram.h"
-#include "lines/LineNodes.h"
+#include "components/ComponentTree.h"
+#include "components/NodeMoves.h"
+#include "lines/CharacterCutting.h"
+#include "lines/ColumnFragments.h"
+#include "lines/ColumnProjection.h"
+#include "lines/EdgeMarks.h"
+#include "lines/LineChains.h"
+#include "lines/LineCleaning.h"
+#include "lines/LinePairs.h"
+#include "lines/OverlapMerging.h"
+#include "lines/TrueLineSelection.h"
 
 namespace tavrix {
 namespace {
 
-constexpr int kHeightRoom = 500;               // rows
-constexpr std::uint32_t kTallestLeftOut = 10;  // components that may be taller than the text
-constexpr int kMinLineSide = 10;               // pixels
 constexpr std::uint32_t kNoSplitFlags = 0x40 | 0x80;
+
+// Makes lines of the components of the store's first line.
+void BuildLines(ComponentStore& store, const ImageFrame& page) {
+    ComponentNode* const line = store::FirstLine(store);
+    if (line == nullptr) return;
+    store::SortChildren(line);
+    lines::MergeColumnFragments(store);
+    lines::RemoveEdgeMarks(store, page);
+    lines::ChainIntoLines(store);
+    for (ComponentNode* chain : store::ChildrenOf(*store.firstBlock)) {
+        lines::MergeByColumnProjection(store, chain);
+        store::SortChildren(chain);
+    }
+    lines::MergeLinePairs(store, page.width);
+}
+
+void RemoveSmallLines(ComponentStore& store) {
+    store::ForEachBlock(store, [&](ComponentNode* block) {
+        store::ForEachChild(*block, [&](ComponentNode* line) {
+            if (IsSmallLine(*line)) store::DeleteLine(store, line);
+        });
+        if (block->firstChild == nullptr) store::DeleteBlock(store, block);
+    });
+}
 
 }  // namespace
 
@@ -27,60 +57,18 @@ bool TextLineGrouper::Run(ComponentStore& store) {
     const auto isEmpty = [&] { return store.firstBlock == nullptr; };
 
     ComponentNoiseFilter(image).FilterForTextLines(store);
-    RemoveEdgeMarks(store);
+    lines::RemoveEdgeMarks(store, *this);
     if (isEmpty()) return false;
-    MergeOverlappingComponents(store);
-    BuildLines(store);
+    lines::MergeOverlappingComponents(store);
+    BuildLines(store, *this);
     if (isEmpty()) return false;
-    lines::ForEachLine(store, [&](ComponentNode* line) { MergeByColumnProjection(store, line); });
-    if ((splitFlags & ~kNoSplitFlags) != 0) SplitWideComponents(store);
+    store::ForEachLine(store, [&](ComponentNode* line) { lines::MergeByColumnProjection(store, line); });
+    if ((splitFlags & ~kNoSplitFlags) != 0) lines::SplitWideComponents(store, *image);
     RemoveSmallLines(store);
     if (isEmpty()) return false;
-    SelectTrueLine(store);
-    CleanTrueLine(store);
+    lines::SelectTrueLine(store, *this, selectFlags, extra);
+    lines::CleanTrueLine(store, *this);
     return !isEmpty();
-}
-
-std::uint16_t TextLineGrouper::EstimateTextHeight(const ComponentStore& store) const {
-    const ComponentNode* line = lines::WorkLine(store);
-    if (line == nullptr) return 0;
-    HeightHistogram<kHeightRoom> heights;
-    lines::ForEachComponent(*line, [&](const ComponentNode* node) {
-        const int nodeHeight = store::HeightOf(*node);
-        if (store::WidthOf(*node) < 2 * nodeHeight) heights.Add(nodeHeight);
-    });
-    if (heights.Empty()) return store::HeightOf(*line);
-    return static_cast<std::uint16_t>(heights.Typical(heights.ReachedByMoreThan(kTallestLeftOut)));
-}
-
-void TextLineGrouper::RemoveEdgeMarks(ComponentStore& store) const {
-    const ComponentNode* line = lines::WorkLine(store);
-    if (line == nullptr) return;
-    const int typical = EstimateTextHeight(store);
-    if (10 * typical <= 3 * height) return;
-    lines::ForEachComponent(*line, [&](ComponentNode* node) {
-        const int nodeWidth = store::WidthOf(*node);
-        const int nodeHeight = store::HeightOf(*node);
-        const bool isMark =
-            5 * node->left > 4 * width &&
-            (nodeHeight > 2 * typical || (nodeWidth > 2 * typical && 10 * nodeHeight < 6 * typical));
-        const bool isStroke = 8 * node->left > 7 * width && 100 * nodeHeight > 125 * typical &&
-                              10 * nodeHeight > 14 * nodeWidth;
-        if (isMark || isStroke) store::DeleteComponent(store, node);
-    });
-}
-
-void TextLineGrouper::RemoveSmallLines(ComponentStore& store) const {
-    for (ComponentNode* block = store.firstBlock; block != nullptr;) {
-        ComponentNode* const next = block->next;
-        for (ComponentNode* line : lines::ChildrenOf(*block)) {
-            if (store::HeightOf(*line) < kMinLineSide || store::WidthOf(*line) < kMinLineSide) {
-                store::DeleteLine(store, line);
-            }
-        }
-        if (block->firstChild == nullptr) store::DeleteBlock(store, block);
-        block = next;
-    }
 }
 
 }  // namespace tavrix

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "lines/LineChains.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -6,17 +8,14 @@
 #include <vector>
 
 #include "components/ComponentStore.h"
-#include "lines/LineNodes.h"
-#include "lines/TextLineGrouper.h"
+#include "components/ComponentTree.h"
+#include "components/NodeMoves.h"
 
-namespace tavrix {
+namespace tavrix::lines {
 namespace {
 
 constexpr int kReachInHeights = 3;  // a chain bridges gaps below this many heights of its taller component
 constexpr int kRowCost = 5;         // a row of offset weighs as much as so many columns
-constexpr int kNarrow = 5;          // components wider than this leave their outermost columns
-constexpr int kMargin = 2;          // columns on each side to the neighbours
-constexpr std::int16_t kFarSide = 9999;  // where minimum searches over coordinates start
 
 bool LiesStrictlyInRows(int y, const ComponentNode& node) {
     return node.bottom < y && y < node.top;
@@ -26,7 +25,7 @@ bool LiesStrictlyInRows(int y, const ComponentNode& node) {
 // band of rows stand together, in list order. The few that are taller than text stand apart.
 class Chains {
   public:
-    explicit Chains(const ComponentNode& line) : nodes(lines::ChildrenOf(line)) {
+    explicit Chains(const ComponentNode& line) : nodes(store::ChildrenOf(line)) {
         for (const ComponentNode* node : nodes) {
             lowest = std::min({lowest, int{node->bottom}, int{node->top}});
             highest = std::max({highest, int{node->bottom}, int{node->top}});
@@ -117,43 +116,10 @@ class Chains {
     int tallest = 0;  // height of one in the bands
 };
 
-// A run of columns [from, to) of a line.
-struct ColumnRun {
-    int from;
-    int to;
-};
-
-// The runs of a line's columns, counted from its left, over which some component stands, from left to
-// right.
-std::vector<ColumnRun> CoveredColumns(const ComponentNode& line) {
-    const int lineWidth = line.right - line.left + 1;
-    std::vector<ColumnRun> runs;
-    for (const ComponentNode* node = line.firstChild; node != nullptr; node = node->next) {
-        if (store::HeightOf(*node) == 0) continue;
-        const int margin = store::WidthOf(*node) > kNarrow ? kMargin : 0;
-        const int from = std::max(node->left + margin - line.left, 0);
-        const int to = std::min(node->right - margin - line.left, lineWidth);
-        if (from < to) runs.push_back({from, to});
-    }
-    std::sort(runs.begin(), runs.end(),
-              [](const ColumnRun& a, const ColumnRun& b) { return a.from < b.from; });
-    std::size_t count = 0;
-    for (const ColumnRun& run : runs) {
-        if (count > 0 && run.from <= runs[count - 1].to) {
-            runs[count - 1].to = std::max(runs[count - 1].to, run.to);
-        } else {
-            runs[count++] = run;
-        }
-    }
-    runs.resize(count);
-    return runs;
-}
-
-}  // namespace
-
-void TextLineGrouper::SplitByLabel(ComponentStore& store, ComponentNode* block, ComponentNode* line) const {
+// Moves each chain into a new line; chains that find the store full stay together in the old one.
+void SplitByLabel(ComponentStore& store, ComponentNode* block, ComponentNode* line) {
     // A chain is numbered by its first component, so that the chains come in the order of their labels.
-    std::vector<ComponentNode*> chained = lines::ChildrenOf(*line);
+    std::vector<ComponentNode*> chained = store::ChildrenOf(*line);
     std::stable_sort(chained.begin(), chained.end(), [](const ComponentNode* a, const ComponentNode* b) {
         return a->pixelCount < b->pixelCount;
     });
@@ -171,52 +137,13 @@ void TextLineGrouper::SplitByLabel(ComponentStore& store, ComponentNode* block, 
     store::RebuildLineBoxes(store, block);
 }
 
-void TextLineGrouper::ChainIntoLines(ComponentStore& store) const {
-    MergeColumnFragments(store);
-    RemoveEdgeMarks(store);
-    ComponentNode* const line = lines::WorkLine(store);
+}  // namespace
+
+void ChainIntoLines(ComponentStore& store) {
+    ComponentNode* const line = store::FirstLine(store);
     if (line == nullptr) return;
-    ComponentNode* const block = store.firstBlock;
     Chains(*line).Label();
-    SplitByLabel(store, block, line);
-    for (ComponentNode* chain : lines::ChildrenOf(*block)) MergeByColumnProjection(store, chain);
-    for (ComponentNode* chain : lines::ChildrenOf(*block)) store::SortChildren(chain, true);
+    SplitByLabel(store, store.firstBlock, line);
 }
 
-void TextLineGrouper::MergeByColumnProjection(ComponentStore& store, ComponentNode* line) const {
-    struct Gathered {
-        std::size_t run;
-        ComponentNode* node;
-    };
-    const std::vector<ColumnRun> runs = CoveredColumns(*line);
-    std::vector<Gathered> gathered;
-    for (ComponentNode* node = line->firstChild; node != nullptr; node = node->next) {
-        const int x = store::CentreX(*node) - line->left;
-        const auto after = std::upper_bound(runs.begin(), runs.end(), x,
-                                            [](int value, const ColumnRun& run) { return value < run.from; });
-        if (after == runs.begin() || x > std::prev(after)->to) continue;
-        gathered.push_back({static_cast<std::size_t>(after - runs.begin()), node});
-    }
-    std::stable_sort(gathered.begin(), gathered.end(),
-                     [](const Gathered& a, const Gathered& b) { return a.run < b.run; });
-
-    for (std::size_t i = 0; i < gathered.size();) {
-        store::Box box{kFarSide, 0, 0, kFarSide};
-        const std::size_t run = gathered[i].run;
-        for (; i < gathered.size() && gathered[i].run == run; ++i) {
-            box = lines::UnionOf(box, lines::BoxOf(*gathered[i].node));
-            store::DeleteComponent(store, gathered[i].node);
-        }
-        store::InsertComponent(store, line, nullptr, line->firstChild, box);
-    }
-}
-
-void TextLineGrouper::BuildLines(ComponentStore& store) const {
-    ComponentNode* const line = lines::WorkLine(store);
-    if (line == nullptr) return;
-    store::SortChildren(line, true);
-    ChainIntoLines(store);
-    MergeLinePairs(store);
-}
-
-}  // namespace tavrix
+}  // namespace tavrix::lines

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "components/BlockJoiner.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "components/BoxIndex.h"
+#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
+#include "components/NodeMoves.h"
+#include "image/Ratio.h"
+#include "image/Rect.h"
+
+namespace tavrix {
+namespace {
+
+constexpr int kMaxShortSide = 5;    // mean sizes; one of two aligned blocks is no thicker
+constexpr Ratio kMinOverlap{4, 5};  // of the shorter of two aligned sides, exclusive
+constexpr int kMaxExcess = 3;       // mean sizes that the longer one stands out, exclusive
+constexpr int kMaxGap = 4;          // longer sides between two aligned blocks, exclusive
+constexpr int kMaxAspect = 2;       // an aligned block is no more times longer along the other than across
+constexpr int kFarGap = 9999;       // pixels; gaps from here on do not join blocks
+constexpr int kNotAligned = -1;
+
+// A set of list positions that is worked off in ascending order while it grows.
+class PositionSet {
+  public:
+    PositionSet(std::size_t count, bool isFull) : flags(count, isFull) {}
+    void Insert(int position) { flags[position] = 1; }
+    void Clear() { std::fill(flags.begin(), flags.end(), char{0}); }
+    // The first member from position `from` on, or -1.
+    int Next(int from) const {
+        const auto start = static_cast<std::size_t>(from);
+        if (start >= flags.size()) return -1;
+        const void* found = std::memchr(flags.data() + start, 1, flags.size() - start);
+        return found != nullptr ? static_cast<int>(static_cast<const char*>(found) - flags.data()) : -1;
+    }
+
+  private:
+    std::vector<char> flags;
+};
+
+// Joins blocks whose first lines are aligned. A pass gives each block in list order a turn to take in the
+// nearest aligned block, then joins blocks that touch. Alignment is symmetric, so a block whose turn was
+// in vain needs another one only when a block that is aligned with it has changed, and likewise for
+// touching: later passes visit those alone.
+class BlockJoiner {
+  public:
+    BlockJoiner(ComponentStore& target, MeanSize meanSize)
+        : store(target),
+          mean(meanSize),
+          blocks(BlocksOf(target)),
+          index(blocks.size(), [this](std::size_t i) { return RectOf(*blocks[i]); }),
+          alignTurns(blocks.size(), true),
+          laterAlignTurns(blocks.size(), false),
+          touchTurns(blocks.size(), true),
+          laterTouchTurns(blocks.size(), false) {
+        for (const ComponentNode* block : blocks) boxes.push_back(RectOf(*block));
+    }
+
+    // One pass; whether it joined aligned blocks.
+    bool JoinAligned() {
+        bool hasJoined = false;
+        for (int i = alignTurns.Next(0); i >= 0; i = alignTurns.Next(i + 1)) {
+            if (blocks[i] == nullptr) continue;
+            const int nearest = NearestAligned(i);
+            if (nearest < 0) continue;
+            Join(i, nearest);
+            blocks[i]->tag = blocks[i]->firstChild->tag;
+            hasJoined = true;
+            laterAlignTurns.Insert(i);
+            ForEachAligned(i, [&](int k, int) { (k > i ? alignTurns : laterAlignTurns).Insert(k); });
+            AddTouchTurns(i, touchTurns);
+        }
+        StartNext(alignTurns, laterAlignTurns);
+        return hasJoined;
+    }
+
+    // One pass over all pairs that touch, each block growing while it is compared with later ones.
+    void JoinTouching() {
+        for (int i = touchTurns.Next(0); i >= 0; i = touchTurns.Next(i + 1)) {
+            if (blocks[i] == nullptr) continue;
+            bool hasChanged = false;
+            for (int k = index.Next(i + 1, boxes[i]); k < index.Count(); k = index.Next(k + 1, boxes[i])) {
+                if (!DoMeet(boxes[i], boxes[k])) continue;
+                Join(i, k);
+                hasChanged = true;
+            }
+            if (!hasChanged) continue;
+            alignTurns.Insert(i);
+            ForEachAligned(i, [&](int k, int) { alignTurns.Insert(k); });
+            AddTouchTurns(i, laterTouchTurns);
+        }
+        StartNext(touchTurns, laterTouchTurns);
+    }
+
+  private:
+    static std::vector<ComponentNode*> BlocksOf(const ComponentStore& store) {
+        std::vector<ComponentNode*> blocks;
+        store::ForEachBlock(store, [&](ComponentNode* block) { blocks.push_back(block); });
+        return blocks;
+    }
+
+    static void StartNext(PositionSet& turns, PositionSet& later) {
+        std::swap(turns, later);
+        later.Clear();
+    }
+
+    // After a change of block i: the turns in which it meets others.
+    void AddTouchTurns(int i, PositionSet& turns) const {
+        turns.Insert(i);
+        for (int k = index.Next(0, boxes[i]); k < i; k = index.Next(k + 1, boxes[i])) turns.Insert(k);
+    }
+
+    // Gap between two blocks one above or beside the other, or kNotAligned.
+    int AlignedGap(const Rect& a, const Rect& b) const {
+        const int maxShort = kMaxShortSide * std::max(mean.w, mean.h);
+        if (std::min(a.Width(), a.Height()) > maxShort && std::min(b.Width(), b.Height()) > maxShort) {
+            return kNotAligned;
+        }
+        const Rect shared = Intersection(a, b);
+        if (shared.x0 < shared.x1) {
+            const bool areAligned = AreAlike(a.Width(), b.Width(), shared.x1 - shared.x0, mean.w) &&
+                                    b.Width() <= kMaxAspect * b.Height() &&
+                                    a.Width() <= kMaxAspect * a.Height();
+            const int gap = std::abs(shared.y1 - shared.y0);
+            return areAligned && gap < kMaxGap * std::max(a.Width(), b.Width()) ? gap : kNotAligned;
+        }
+        if (shared.y0 < shared.y1) {
+            const bool areAligned = AreAlike(a.Height(), b.Height(), shared.y1 - shared.y0, mean.h) &&
+                                    b.Height() <= kMaxAspect * b.Width() &&
+                                    a.Height() <= kMaxAspect * a.Width();
+            const int gap = std::abs(shared.x1 - shared.x0);
+            return areAligned && gap < kMaxGap * std::max(a.Height(), b.Height()) ? gap : kNotAligned;
+        }
+        return kNotAligned;
+    }
+
+    // Whether two sides that share so much are nearly the same.
+    static bool AreAlike(int a, int b, int overlap, int meanSize) {
+        return overlap > kMinOverlap * std::min(a, b) && std::max(a, b) - overlap < kMaxExcess * meanSize;
+    }
+
+    // Calls visit(position, gap) for the blocks aligned with block i: first those above and below it, then
+    // those beside it, each in list order, where its own shape allows any. The size rule bounds the gap: the
+    // longer of two sides is below the shorter one + kMaxExcess mean sizes.
+    template <class Visit>
+    void ForEachAligned(int i, Visit visit) const {
+        const int w = boxes[i].Width(), h = boxes[i].Height();
+        const auto visitIn = [&](const Rect& area) {
+            for (int k = index.Next(0, area); k < index.Count(); k = index.Next(k + 1, area)) {
+                if (k == i) continue;
+                const int gap = AlignedGap(boxes[i], boxes[k]);
+                if (gap != kNotAligned) visit(k, gap);
+            }
+        };
+        if (w <= kMaxAspect * h) visitIn(Extended(boxes[i], 0, kMaxGap * (w + kMaxExcess * mean.w)));
+        if (h <= kMaxAspect * w) visitIn(Extended(boxes[i], kMaxGap * (h + kMaxExcess * mean.h), 0));
+    }
+
+    // The first of the nearest aligned blocks in list order, or -1.
+    int NearestAligned(int i) const {
+        int nearest = -1, smallest = kFarGap;
+        ForEachAligned(i, [&](int k, int gap) {
+            if (gap > smallest || (gap == smallest && (nearest < 0 || k > nearest))) return;
+            smallest = gap;
+            nearest = k;
+        });
+        return nearest;
+    }
+
+    // Moves the components of block k's first line into block i's and deletes block k.
+    void Join(int i, int k) {
+        ComponentNode* from = blocks[k]->firstChild;
+        ComponentNode* into = blocks[i]->firstChild;
+        while (from->firstChild != nullptr) store::MoveToParent(from, from->firstChild, into);
+        boxes[i] = RectOf(*into);
+        SetRect(*blocks[i], boxes[i]);
+        index.Set(i, boxes[i]);
+        store::DeleteBlock(store, blocks[k]);
+        index.Remove(k);
+        blocks[k] = nullptr;
+    }
+
+    ComponentStore& store;
+    MeanSize mean;
+    std::vector<ComponentNode*> blocks;  // in list order; null for those taken in
+    std::vector<Rect> boxes;
+    BoxIndex index;
+    PositionSet alignTurns;  // blocks that may be aligned with another one
+    PositionSet laterAlignTurns;
+    PositionSet touchTurns;  // blocks that may touch a later one
+    PositionSet laterTouchTurns;
+};
+
+}  // namespace
+
+void JoinBlocks(ComponentStore& store, const MeanSize& mean) {
+    BlockJoiner joiner(store, mean);
+    bool goOn = true;
+    while (goOn) {
+        goOn = joiner.JoinAligned();
+        joiner.JoinTouching();
+    }
+}
+
+}  // namespace tavrix

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "lines/LinePairs.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "components/BoxIndex.h"
+#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
+#include "components/NodeMoves.h"
+#include "image/Ratio.h"
+#include "image/Rect.h"
+#include "lines/ColumnProjection.h"
+#include "lines/MeasuredLine.h"
+#include "lines/SameLineVote.h"
+
+namespace tavrix::lines {
+namespace {
+
+// Two lines side by side. Gaps, distances of their nearest full components and type heights (a line's
+// quartile height) are compared with the greater of the two type heights.
+constexpr Ratio kMaxGap{7, 2};           // heights between lines, exclusive
+constexpr Ratio kWideGap{3, 2};          // heights; from here on only type of one size goes on
+constexpr Ratio kOtherType{12, 10};      // times that the larger type is the smaller, for another size
+constexpr Ratio kFullHeight{2, 3};       // heights of its line that a line's last full component exceeds
+constexpr int kMaxDistance = 3;          // heights between components of different sizes, exclusive
+constexpr int kMaxSameTypeDistance = 5;  // heights between components of one size, exclusive
+constexpr int kMinTypeHeight = 20;       // rows; lines above this may be joined over wide gaps
+constexpr Ratio kRightPart{3, 4};        // of the page's width, where a line begins only ..
+constexpr int kMaxRightGap = 2;          // .. so many heights after another at most
+constexpr Ratio kFarRightPart{4, 5};     // of the page's width, where it begins after no wide gap
+constexpr Ratio kMinOverlap{3, 10};      // of the lower component's height, in different sizes, exclusive
+constexpr Ratio kFullOverlap{6, 10};     // the same in one size, exclusive ..
+constexpr Ratio kHalfHeight{1, 2};       // .. where the right line's first component is higher than this
+constexpr Ratio kNone{0, 1};             // else
+
+// Joins pairs of lines of one block. A pass takes each line in list order and merges the other lines that
+// belong to it, in list order too, into it. An index of the boxes leads to the lines near enough; after the
+// first pass a line is taken only when it or a line near it has changed since.
+class LinePairs {
+  public:
+    LinePairs(ComponentStore& storeOfBlock, const std::vector<ComponentNode*>& nodes, int width)
+        : store(storeOfBlock),
+          pageWidth(width),
+          lines(nodes.begin(), nodes.end()),
+          index(nodes.size(), [&](std::size_t i) { return RectOf(*nodes[i]); }),
+          hasChance(nodes.size(), 1) {
+        for (const MeasuredLine& line : lines) greatestHeight = std::max(greatestHeight, line.quartileHeight);
+    }
+
+    void MergeAll() {
+        bool merged = true;
+        while (merged) {
+            merged = false;
+            for (int i = 0; i < index.Count(); ++i) {
+                if (LineAt(i).node != nullptr &&
+                    std::exchange(hasChance[static_cast<std::size_t>(i)], std::uint8_t{0})) {
+                    merged |= MergeInto(i);
+                }
+            }
+        }
+    }
+
+  private:
+    MeasuredLine& LineAt(int i) { return lines[static_cast<std::size_t>(i)]; }
+
+    // What every line that the rules may join with this one meets: kMaxGap heights of the larger type, which
+    // may be nearly kOtherType of this one's, or kWideGap heights of any.
+    Rect Reach(const MeasuredLine& line) const {
+        const int columns = std::max(9 * line.quartileHeight / 2, 3 * greatestHeight / 2) + 1;
+        return Extended(RectOf(*line.node), columns, 0);
+    }
+
+    bool MergeInto(int current) {
+        MeasuredLine& line = LineAt(current);
+        bool merged = false;
+        for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
+            if (i == current || !BelongTogether(line, LineAt(i))) continue;
+            Absorb(line, LineAt(i));
+            index.Remove(i);
+            merged = true;
+        }
+        if (!merged) return false;
+        index.Set(current, RectOf(*line.node));
+        greatestHeight = std::max(greatestHeight, line.quartileHeight);
+        for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
+            hasChance[static_cast<std::size_t>(i)] = 1;
+        }
+        return true;
+    }
+
+    void Absorb(MeasuredLine& a, MeasuredLine& b) {
+        store::ForEachChild(*b.node, [&](ComponentNode* node) { store::MoveToParent(b.node, node, a.node); });
+        store::DeleteLine(store, b.node);
+        b = MeasuredLine();
+        store::SortChildren(a.node);
+        MergeByColumnProjection(store, a.node);
+        store::SortChildren(a.node);
+        a.Measure();
+    }
+
+    bool BelongTogether(const MeasuredLine& a, const MeasuredLine& b) const {
+        const Rect shared = Intersection(RectOf(*a.node), RectOf(*b.node));
+        if (!shared.IsEmpty()) return AreSameLine(a, b);
+        const int gap = shared.x0 - shared.x1;
+        if (gap < 0) return false;
+        return a.node->left < b.node->left ? Continues(a, b, gap) : Continues(b, a, gap);
+    }
+
+    // Whether the right line, `gap` columns after the left one, continues it.
+    bool Continues(const MeasuredLine& leftLine, const MeasuredLine& rightLine, int gap) const {
+        const int greater = std::max(leftLine.quartileHeight, rightLine.quartileHeight);
+        const int smaller = std::min(leftLine.quartileHeight, rightLine.quartileHeight);
+        if (gap >= kMaxGap * greater || leftLine.boxes.empty() || rightLine.boxes.empty()) return false;
+
+        auto last = leftLine.boxes.end() - 1;
+        while (last != leftLine.boxes.begin() && last->height <= kFullHeight * leftLine.quartileHeight)
+            --last;
+        const LetterBox& first = rightLine.boxes.front();
+        const int distance = first.x0 - last->x1;
+        const int overlap = -RowGap(*last, first);
+        const int height = std::min(last->height, first.height);
+
+        if (greater >= kOtherType * smaller) {
+            return gap < kWideGap * greater && distance < kMaxDistance * greater &&
+                   overlap > kMinOverlap * height;
+        }
+        if (smaller <= kMinTypeHeight) return false;
+        const int left = rightLine.node->left;
+        if (gap > kWideGap * greater && ((left > kRightPart * pageWidth && gap > kMaxRightGap * greater) ||
+                                         left > kFarRightPart * pageWidth)) {
+            return false;
+        }
+        const bool isFull = first.height > kHalfHeight * rightLine.quartileHeight;
+        return distance < kMaxSameTypeDistance * greater &&
+               overlap > (isFull ? kFullOverlap : kNone) * height;
+    }
+
+    ComponentStore& store;
+    const int pageWidth;
+    std::vector<MeasuredLine> lines;
+    BoxIndex index;
+    std::vector<std::uint8_t> hasChance;
+    int greatestHeight = 0;  // of the quartile heights that lines have had
+};
+
+}  // namespace
+
+void MergeLinePairs(ComponentStore& store, int pageWidth) {
+    if (store.firstBlock == nullptr) return;
+    LinePairs(store, store::ChildrenOf(*store.firstBlock), pageWidth).MergeAll();
+}
+
+}  // namespace tavrix::lines
