@@ -21,7 +21,14 @@
  * Outside Windows <tavrix/global_memory.h> declares the global-memory functions.
  *
  * Threads: calls that share neither an image block nor a component store may run at the same time. No
- * exception leaves a function. When memory runs out a function returns its refusal value.
+ * exception leaves a function.
+ *
+ * When memory runs out a function returns its refusal value and leaves its record alone; pixels and nodes
+ * that it worked on in place stay as they are then. Where only working memory is missing these go on:
+ *   - Extract_Eight_Connected_Components returns 1; the store holds what was found until then, or nothing.
+ *   - Binarized and Binarized_Separate_Block return 1 with the image as far as the method came, nonzero white.
+ *   - Morphology's operation 2 returns 1 with the image as it was.
+ *   - Grouping leaves a component whole that it would have split.
  */
 #ifndef TAVRIX_TAVRIX_H
 #define TAVRIX_TAVRIX_H

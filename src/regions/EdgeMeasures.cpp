@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "binarize/MaskKernels.h"
 #include "image/NeighbourhoodKernels.h"
+#include "platform/Guarded.h"
 #include "regions/HistogramMeasures.h"
 #include "regions/RegionKernels.h"
 #include "regions/RegionPasses.h"
@@ -130,31 +130,32 @@ int MaskStrokes(const std::uint32_t* histogram, const ConstPlane& gray, const Pl
     return CountStrokeEnds(mask);
 }
 
-int CountStrokeEndsOf(const ConstPlane& gray) try {
-    std::array<std::uint32_t, 256> histogram;
-    RegionHistogram(gray, gray.Whole(), histogram.data());
-    // A row of edges; each level's mask of that row and, in turns, of the one before.
-    const auto rowBytes = static_cast<std::size_t>(gray.rowBytes);
-    std::vector<std::uint8_t> edges(rowBytes), masks(2 * kLevels * rowBytes);
-    EdgeCounts counts{};
-    std::array<int, kLevels> ends{};
-    const int lastTip = LastTip(gray);
-    const EdgeRows rows(gray);
-    const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
-    const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
-    for (int y = 0; y < gray.height; ++y) {
-        rows.MeasureAndCount(y, edges.data(), counts);
-        for (std::size_t level = 0; level < kLevels; ++level) {
-            const std::size_t odd = y % 2;
-            std::uint8_t* mask = &masks[(2 * level + odd) * rowBytes];
-            const std::uint8_t* before = &masks[(2 * level + 1 - odd) * rowBytes];
-            maskUpTo(edges.data(), gray.columns, kEdgeLevelThresholds[level] - 1, mask);
-            if (y > 0 && lastTip > 0) ends[level] += countTips(before + 1, mask + 1, lastTip);
+int CountStrokeEndsOf(const ConstPlane& gray) {
+    constexpr int kNoMemory = -1;
+    return Guarded(kNoMemory, [&] {
+        std::array<std::uint32_t, 256> histogram;
+        RegionHistogram(gray, gray.Whole(), histogram.data());
+        // A row of edges; each level's mask of that row and, in turns, of the one before.
+        const auto rowBytes = static_cast<std::size_t>(gray.rowBytes);
+        std::vector<std::uint8_t> edges(rowBytes), masks(2 * kLevels * rowBytes);
+        EdgeCounts counts{};
+        std::array<int, kLevels> ends{};
+        const int lastTip = LastTip(gray);
+        const EdgeRows rows(gray);
+        const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
+        const auto countTips = platform::KernelsOf<RegionKernels>().countTips;
+        for (int y = 0; y < gray.height; ++y) {
+            rows.MeasureAndCount(y, edges.data(), counts);
+            for (std::size_t level = 0; level < kLevels; ++level) {
+                const std::size_t odd = y % 2;
+                std::uint8_t* mask = &masks[(2 * level + odd) * rowBytes];
+                const std::uint8_t* before = &masks[(2 * level + 1 - odd) * rowBytes];
+                maskUpTo(edges.data(), gray.columns, kEdgeLevelThresholds[level] - 1, mask);
+                if (y > 0 && lastTip > 0) ends[level] += countTips(before + 1, mask + 1, lastTip);
+            }
         }
-    }
-    return ends[SettledEdgeLevel(counts, gray.Bytes(), ContrastLevel(histogram.data(), gray.Bytes()))];
-} catch (const std::bad_alloc&) {
-    return -1;
+        return ends[SettledEdgeLevel(counts, gray.Bytes(), ContrastLevel(histogram.data(), gray.Bytes()))];
+    });
 }
 
 }  // namespace tavrix

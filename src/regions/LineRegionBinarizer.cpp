@@ -5,8 +5,9 @@
 
 #include "components/ComponentExtractor.h"
 #include "components/ComponentNoiseFilter.h"
-#include "components/ComponentStore.h"
+#include "components/ComponentTree.h"
 #include "components/OrientedBlockGrouper.h"
+#include "components/PrivateStore.h"
 #include "image/PixelKernels.h"
 #include "regions/AltRules.h"
 #include "regions/EdgeMeasures.h"
@@ -23,11 +24,6 @@ constexpr int kLineMargin = 10;         // pixels around a line's components
 constexpr double kPageShare = 0.8;      // of both sides, from which a line counts as the page
 constexpr int kAboveDarkMean = 10;      // levels, of the threshold of a page without lines
 constexpr std::uint16_t kSmallest = 2;  // side of the components from which the noise filter starts
-
-struct PrivateStore {
-    ComponentStore store{};
-    ~PrivateStore() { store::Release(store); }
-};
 
 }  // namespace
 
@@ -71,17 +67,17 @@ bool LineRegionBinarizer::RefineByLines(const PageFindings& page, const RulePlan
     PrivateStore components;
     {
         DibImage mask;
-        if (!mask.Create(width, height, 1) || !store::Create(components.store)) return false;
+        if (!mask.Create(width, height, 1) || !components.IsReady()) return false;
         const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
         for (int y = 0; y < height; ++y) packAbove(planes.result.Row(y), width, 1, mask.Row(y));
-        ComponentExtractor(&mask).Run(components.store);
+        ComponentExtractor(&mask).Run(components);
         ComponentNoiseFilter filter(&mask);
-        filter.Run(components.store, kSmallest, kSmallest);
-        OrientedBlockGrouper(&mask).Run(components.store);
-        filter.FilterForBinarization(components.store);
+        filter.Run(components, kSmallest, kSmallest);
+        OrientedBlockGrouper(&mask).Run(components);
+        filter.FilterForBinarization(components);
     }
     FillPixels(planes.result, kWhite);
-    BinarizeLines(page, planes, components.store);
+    BinarizeLines(page, planes, components);
     return true;
 }
 
@@ -90,19 +86,17 @@ void LineRegionBinarizer::BinarizeLines(PageFindings page, const RulePlanes& pla
     // Only the rule for gray pages reads scratch beyond the rectangle that it has just filled.
     if (page.midToneHint) FillPixels(planes.scratch, kWhite);
     bool anyLine = false;
-    for (const ComponentNode* block = components.firstBlock; block != nullptr; block = block->next) {
-        for (const ComponentNode* line = block->firstChild; line != nullptr; line = line->next) {
-            anyLine = true;
-            const Rect rect = PaddedRect(*line);
-            if (IsPage(rect)) {  // for the lines after it as well
-                page.darkTextHint = true;
-                page.secondPass = false;
-            }
-            const Finish finish =
-                page.useAltRegionRule ? LineRuleAlt(page, planes, rect) : LineRule(page, planes, rect);
-            FinishRegion(planes.result, rect, finish);
+    store::ForEachLine(components, [&](const ComponentNode* line) {
+        anyLine = true;
+        const Rect rect = PaddedRect(*line);
+        if (IsPage(rect)) {  // for the lines after it as well
+            page.darkTextHint = true;
+            page.secondPass = false;
         }
-    }
+        const Finish finish =
+            page.useAltRegionRule ? LineRuleAlt(page, planes, rect) : LineRule(page, planes, rect);
+        FinishRegion(planes.result, rect, finish);
+    });
     if (anyLine) return;
     const Region whole(kLineFamily, planes, gray.Whole());
     whole.Threshold(gray, planes.result, whole.DarkMean() + kAboveDarkMean, Earlier::kOverwritten);
