@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "binarize/BernsenKernels.h"
+#include "image/RowRing.h"
 
 namespace tavrix {
 namespace {
@@ -12,21 +13,10 @@ namespace {
 constexpr int kReach = 7;  // pixels from the centre to the window's edge
 constexpr std::size_t kStep = BernsenWindow::kStep;
 
-// Rows of extremes that take turns.
-class ExtremesRing {
-  public:
-    ExtremesRing(int ringSize, std::size_t columns)
-        : size(ringSize), stride(columns), values(2 * columns * static_cast<std::size_t>(ringSize)) {}
-    Extremes Row(int y) {
-        std::uint8_t* low = values.data() + 2 * stride * static_cast<std::size_t>(y % size);
-        return {low, low + stride};
-    }
-
-  private:
-    int size;
-    std::size_t stride;
-    std::vector<std::uint8_t> values;
-};
+// Of a ring's row: the lowest values, then the highest.
+Extremes ExtremesOf(RowRing& ring, int y, std::size_t columns) {
+    return {ring.Row(y), ring.Row(y) + columns};
+}
 
 }  // namespace
 
@@ -37,8 +27,9 @@ bool BernsenBinarizer::Binarize() {
     const auto pixels = static_cast<std::size_t>(width);
     const std::size_t columns = (pixels + kStep - 1) / kStep * kStep;
     std::vector<std::uint8_t> padded(columns + kStep + 3), unused(pixels);
-    ExtremesRing columns4(1, columns + kStep);
-    ExtremesRing rows1(1, columns), rows2(2, columns), rows4(4, columns), rows8(7, columns);
+    RowRing columns4(1, 2 * (columns + kStep));
+    RowRing rows1(1, 2 * columns), rows2(2, 2 * columns), rows4(4, 2 * columns), rows8(7, 2 * columns);
+    const Extremes entering = ExtremesOf(columns4, 0, columns + kStep);
     // The edge pixels are repeated outside. That adds nothing to a clipped window: one that reaches over an
     // edge holds the edge.
     for (int y = -kReach; y < height + kReach; ++y) {
@@ -47,11 +38,12 @@ bool BernsenBinarizer::Binarize() {
             std::memset(padded.data(), row[0], kReach);
             std::memcpy(padded.data() + kReach, row, pixels);
             std::memset(padded.data() + kReach + pixels, row[width - 1], kReach);
-            kernels.extremesOf4(padded.data(), static_cast<int>(columns + kStep), columns4.Row(0));
+            kernels.extremesOf4(padded.data(), static_cast<int>(columns + kStep), entering);
         }
         const int turn = y + kReach;
-        const BernsenWindow window{columns4.Row(0), rows1.Row(turn), rows2.Row(turn), rows4.Row(turn),
-                                   rows8.Row(turn)};
+        const BernsenWindow window{entering, ExtremesOf(rows1, turn, columns),
+                                   ExtremesOf(rows2, turn, columns), ExtremesOf(rows4, turn, columns),
+                                   ExtremesOf(rows8, turn, columns)};
         const int centre = y - kReach;
         kernels.midRangeRow(window, width, centre < 0 ? unused.data() : image->Row(centre));
     }

@@ -2,40 +2,25 @@
 #include "binarize/GradientBinarizer.h"
 
 #include <cstring>
-#include <vector>
 
 #include "binarize/GradientKernels.h"
+#include "image/RowRing.h"
 
 namespace tavrix {
-namespace {
-
-// Rows with a pixel 0 at either end. Row y is there until row y + size comes; row -1 is all 0.
-class PaddedRing {
-  public:
-    PaddedRing(int ringSize, int width)
-        : size(ringSize), stride(static_cast<std::size_t>(width) + 2), values(size * stride) {}
-    std::uint8_t* Row(int y) {
-        return values.data() + static_cast<std::size_t>((y + size) % size) * stride + 1;
-    }
-
-  private:
-    int size;
-    std::size_t stride;
-    std::vector<std::uint8_t> values;
-};
-
-}  // namespace
 
 bool GradientBinarizer::Binarize() {
     ApplyMarkerPalette();
     const auto& kernels = platform::KernelsOf<GradientKernels>();
     const auto columns = static_cast<std::size_t>(width);
-    PaddedRing values(4, width), gradients(3, width);
+    // With a pixel 0 at either end of a row; rows outside the image are all 0.
+    RowRing valueRows(4, columns + 2), gradientRows(3, columns + 2);
+    const auto values = [&](int y) { return valueRows.Row(y) + 1; };
+    const auto gradients = [&](int y) { return gradientRows.Row(y) + 1; };
     const auto load = [&](int y) {
         if (y < height) {
-            std::memcpy(values.Row(y), image->Row(y), columns);
+            std::memcpy(values(y), image->Row(y), columns);
         } else {
-            std::memset(values.Row(y), 0, columns);
+            std::memset(values(y), 0, columns);
         }
     };
     load(0);
@@ -43,16 +28,15 @@ bool GradientBinarizer::Binarize() {
     for (int y = -1; y < height; ++y) {
         load(y + 2);
         if (y + 1 < height) {
-            kernels.gradientRow(values.Row(y), values.Row(y + 1), values.Row(y + 2), width,
-                                gradients.Row(y + 1));
+            kernels.gradientRow(values(y), values(y + 1), values(y + 2), width, gradients(y + 1));
         } else {
-            std::memset(gradients.Row(y + 1), 0, columns);
+            std::memset(gradients(y + 1), 0, columns);
         }
         if (y == 0) {
             std::memset(image->Row(0), 0, columns);
         } else if (y > 0) {
-            kernels.edgeLevelRow(values.Row(y), values.Row(y - 1), gradients.Row(y - 1), gradients.Row(y),
-                                 gradients.Row(y + 1), width, image->Row(y));
+            kernels.edgeLevelRow(values(y), values(y - 1), gradients(y - 1), gradients(y), gradients(y + 1),
+                                 width, image->Row(y));
         }
     }
     return true;

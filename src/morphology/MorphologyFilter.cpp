@@ -7,6 +7,7 @@
 
 #include "image/DibImage.h"
 #include "image/NeighbourhoodKernels.h"
+#include "image/RowRing.h"
 #include "morphology/MorphologyKernels.h"
 #include "platform/OutputFile.h"
 
@@ -26,9 +27,8 @@ BitRows RowsOf(const DibImage& source, DibImage& target) {
 // were before the passes; beyond `columns` bytes they read 0.
 template <class Pass>
 void ForEachInnerRow(DibImage& image, int columns, Pass pass) {
-    const std::size_t step = static_cast<std::size_t>(columns) + 2;
-    std::vector<std::uint8_t> copies(3 * step);
-    const auto copyOf = [&](int y) { return copies.data() + step * (y % 3) + 1; };
+    RowRing copies(3, static_cast<std::size_t>(columns) + 2);
+    const auto copyOf = [&](int y) { return copies.Row(y) + 1; };
     const auto copyRow = [&](int y) {
         std::memcpy(copyOf(y), image.Row(y), static_cast<std::size_t>(columns));
     };

@@ -12,14 +12,12 @@ namespace tavrix {
 // Counts the rectangle's pixels into 256 counters, cleared first.
 void RegionHistogram(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram);
 
-// What a threshold did to black that the target held already.
-enum class Earlier {
-    kBlackStays,  // pixels that are 0 in the target stay 0
-    kOverwritten
-};
+// What becomes of black that earlier passes left in the target.
+enum class Earlier { kBlackStays, kOverwritten };
 enum class Verdict { kLightEnough, kMostlyDark };
-// Pixels below the threshold become 0 in the target, the others 255. kMostlyDark when
-// (pixels made light) * lightFactor < (dark pixels). Source and target may be the same plane.
+// Pixels below the threshold become 0 in the target, the others 255, unless they are 0 in the target already
+// and that stays. kMostlyDark when (pixels made light) * lightFactor < (dark pixels). Source and target may
+// be the same plane.
 Verdict ThresholdRegion(const ConstPlane& source, const Plane& target, const Rect& rect, int threshold,
                         Earlier earlier, double lightFactor);
 

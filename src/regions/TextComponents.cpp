@@ -20,13 +20,31 @@ constexpr double kLightFactor = 1.1;  // mostly dark: light pixels times this ar
 constexpr int kMaxGroups = 64;
 constexpr int kGroupGap = 20;  // rows between neighbouring centres of a group, at most
 
-// Columns of one row that carry a label.
+constexpr int kColumnStep = 2;  // the mask's columns that count
+constexpr int kNone = -1;
+
+// A horizontal run of foreground, in columns that count, inclusive.
+struct RunSegment {
+    std::int16_t x0, x1, y;
+    int next;  // index of the component's next run, kNone at the end
+};
+
+struct LabelledComponent {
+    int runs;               // 0 when merged into another component
+    int firstRun, lastRun;  // indices into all runs
+};
+
+// Columns of one row that carry a label, the index of a component.
 struct LabelledSpan {
     int x0, x1, label;
 };
 
+// Components of the runs that touch from row to row, columns above one another. Where a run joins two
+// components, the one it touches first takes over the other, whose runs follow its own; the column of the
+// junction then carries no label for the row after it.
 class RunLabeller {
   public:
+    // Runs come row by row, from left to right.
     void AddRun(int x0, int x1, int y) {
         while (above < previous.size() && previous[above].x1 < x0) ++above;
         int label = kNone, start = x0;
@@ -44,49 +62,45 @@ class RunLabeller {
         if (label == kNone) {
             label = static_cast<int>(parent.size());
             parent.push_back(label);
-            result.components.push_back({0, 0, kNone, kNone});
+            components.push_back({0, kNone, kNone});
         }
         AddSpan(start, x1, label);
-        Append(result.components[label], x0, x1, y);
+        Append(components[label], x0, x1, y);
     }
     void EndRow() {
         previous.swap(current);
         current.clear();
         above = 0;
     }
-    LabelledRuns Take() { return std::move(result); }
+
+    std::vector<RunSegment> runs;
+    std::vector<LabelledComponent> components;  // in order of creation
 
   private:
-    static constexpr int kNone = -1;
-
     int Find(int label) {
         while (parent[label] != label) label = parent[label] = parent[parent[label]];
         return label;
     }
     void Merge(int from, int into) {
         parent[from] = into;
-        LabelledComponent& source = result.components[from];
-        LabelledComponent& target = result.components[into];
-        target.area += source.area;
-        target.runEnds += source.runEnds;
-        result.runs[target.lastRun].next = source.firstRun;
+        LabelledComponent &source = components[from], &target = components[into];
+        target.runs += source.runs;
+        runs[target.lastRun].next = source.firstRun;
         target.lastRun = source.lastRun;
-        source = {0, 0, kNone, kNone};
+        source.runs = 0;
     }
     void AddSpan(int x0, int x1, int label) {
         if (x0 <= x1) current.push_back({x0, x1, label});
     }
     void Append(LabelledComponent& component, int x0, int x1, int y) {
-        const int run = static_cast<int>(result.runs.size());
+        const int run = static_cast<int>(runs.size());
         const auto narrow = [](int value) { return static_cast<std::int16_t>(value); };
-        result.runs.push_back({narrow(x0), narrow(x1), narrow(y), kNone});
-        (component.lastRun == kNone ? component.firstRun : result.runs[component.lastRun].next) = run;
+        runs.push_back({narrow(x0), narrow(x1), narrow(y), kNone});
+        (component.lastRun == kNone ? component.firstRun : runs[component.lastRun].next) = run;
         component.lastRun = run;
-        component.area += x1 - x0 + 1;
-        component.runEnds += 2;
+        ++component.runs;
     }
 
-    LabelledRuns result;
     std::vector<int> parent;  // of labels that were merged; a component's own label is its index
     std::vector<LabelledSpan> previous, current;
     std::size_t above = 0;  // first span of the previous row that the next run can touch
@@ -119,11 +133,11 @@ void ForEachRun(const std::uint64_t* words, int count, const Found& found) {
 }
 
 // Running sums are of single precision, in the order of the runs.
-ComponentRecord Measure(const LabelledRuns& labelled, const LabelledComponent& component) {
+ComponentRecord Measure(const std::vector<RunSegment>& runs, const LabelledComponent& component) {
     float area = 0, sumX = 0, sumY = 0;
     ComponentRecord record{};
-    for (int i = component.firstRun; i >= 0; i = labelled.runs[i].next) {
-        const RunSegment& run = labelled.runs[i];
+    for (int i = component.firstRun; i != kNone; i = runs[i].next) {
+        const RunSegment& run = runs[i];
         const int x0 = kColumnStep * run.x0, x1 = kColumnStep * run.x1, length = x1 - x0 + 1;
         area += static_cast<float>(length);
         sumX += static_cast<float>(std::int64_t{x0 + x1} * length / 2);
@@ -161,9 +175,7 @@ void SortIntoGroups(std::vector<ComponentRecord>& records) {
     });
 }
 
-}  // namespace
-
-LabelledRuns LabelRuns(const ConstPlane& mask) {
+RunLabeller LabelRuns(const ConstPlane& mask) {
     const int columns = mask.rowBytes / kColumnStep;
     std::vector<std::uint64_t> words(static_cast<std::size_t>(columns) / 64 + 2);
     const auto evenZeroBits = platform::KernelsOf<RegionKernels>().evenZeroBits;
@@ -173,20 +185,21 @@ LabelledRuns LabelRuns(const ConstPlane& mask) {
         ForEachRun(words.data(), columns, [&](int x0, int x1) { labeller.AddRun(x0, x1, y); });
         labeller.EndRow();
     }
-    return labeller.Take();
+    return labeller;
 }
+
+}  // namespace
 
 std::vector<ComponentRecord> FindTextComponents(const ConstPlane& mask, const ConstPlane& gray,
                                                 bool wideToo) {
-    const LabelledRuns labelled = LabelRuns(mask);
+    const RunLabeller labelled = LabelRuns(mask);
     std::vector<ComponentRecord> records;
     for (const LabelledComponent& component : labelled.components) {
-        const int runs = component.runEnds / 2;
-        if (runs < kMinRuns) continue;
-        const ComponentRecord record = Measure(labelled, component);
+        if (component.runs < kMinRuns) continue;
+        const ComponentRecord record = Measure(labelled.runs, component);
         const int w = record.box.x1 - record.box.x0, h = record.box.y1 - record.box.y0;
         const bool wide = w >= mask.rowBytes / 2;
-        const bool accepted = wide ? wideToo && runs > kMinRuns && record.area > kMinArea &&
+        const bool accepted = wide ? wideToo && component.runs > kMinRuns && record.area > kMinArea &&
                                          h > kMinWideHeight && IsMostlyDark(gray, record.box)
                                    : record.area >= kMinArea && h < 2 * mask.height / 3;
         if (accepted) records.push_back(record);
