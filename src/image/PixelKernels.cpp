@@ -6,7 +6,7 @@
 namespace tavrix {
 namespace {
 
-Byte GrayByRule(const Byte* pixel) {
+Byte GrayInDouble(const Byte* pixel) {
     const double blue = pixel[0], green = pixel[1], red = pixel[2];
     return static_cast<Byte>(0.299 * red + 0.587 * green + 0.114 * blue + 0.5);
 }
@@ -23,9 +23,9 @@ inline short Opaque(short factor) {
     return factor;
 }
 
-// The vector code computes the rounded quotient of 299 R + 587 G + 114 B and 1000 in integers. It is the
-// rule's value except on ties, where the rule's sum in double may come out just below; these are done again
-// by the rule. 16 bits are enough, since the sum is 8 s + r with
+// The vector code computes the rounded quotient of 299 R + 587 G + 114 B and 1000 in integers. It is what
+// GrayInDouble gives except on ties, where the sum in double may come out just below; ties are done again
+// by that. 16 bits are enough, since the sum is 8 s + r with
 //   s = 37 R + 73 G + 14 B and r = 3 R + 3 G + 2 B.
 constexpr short kHalf = 500;
 // q = n / 125 as n * 33555 >> 22, exact up to n = 59,073.
@@ -160,7 +160,7 @@ inline void PackStep(const Byte* row, Byte limit, Byte* packed) {
 void GrayRow(const Byte* row, int width, Byte* gray) {
     const int last = width - kStep;
     if (last < 0) {
-        for (int x = 0; x < width; ++x) gray[x] = GrayByRule(row + 3 * x);
+        for (int x = 0; x < width; ++x) gray[x] = GrayInDouble(row + 3 * x);
         return;
     }
     const Factors factors = MakeFactors();
@@ -168,7 +168,7 @@ void GrayRow(const Byte* row, int width, Byte* gray) {
         std::uint32_t ties = GrayStep(row + 3 * x, factors, gray + x);
         for (; ties != 0; ties &= ties - 1) [[unlikely]] {
                 const int i = x + __builtin_ctz(ties);
-                gray[i] = GrayByRule(row + 3 * i);
+                gray[i] = GrayInDouble(row + 3 * i);
             }
     };
     for (int x = 0; x < last; x += kStep) step(x);

@@ -19,8 +19,8 @@ using Vector = __m256i;
 using Vector = __m128i;
 #define TAVRIX_VECTOR(operation) _mm_##operation
 #endif
-constexpr int kVectorBytes = sizeof(Vector);
-constexpr int kVectorWords = kVectorBytes / 2;  // of 16 bits
+inline constexpr int kVectorBytes = sizeof(Vector);
+inline constexpr int kVectorWords = kVectorBytes / 2;  // of 16 bits
 
 inline __m128i Load16(const void* from) {
     return _mm_loadu_si128(static_cast<const __m128i*>(from));

@@ -16,7 +16,7 @@ namespace tavrix {
 // the page's rows, padding included.
 class EdgeRegionBinarizer : public Binarizer {
   public:
-    explicit EdgeRegionBinarizer(DibImage* image);
+    explicit EdgeRegionBinarizer(DibImage* page);
 
     bool BinarizeBlock() override;  // the whole image as one region, by the standard rule
     bool Binarize() override;       // false, with its margins painted, on a page without a text component

@@ -15,7 +15,7 @@ namespace tavrix {
 // Working planes are blank copies of the page; their padding stays 0 and counts as outside.
 class LineRegionBinarizer : public Binarizer {
   public:
-    explicit LineRegionBinarizer(DibImage* image);
+    explicit LineRegionBinarizer(DibImage* page);
     // Thresholds the image as one line.
     bool BinarizeBlock() override;
     // Paints the page's margins white first. False, with the margins painted, when memory runs out.
