@@ -13,7 +13,7 @@ namespace tavrix {
 struct NeighbourhoodKernels {
     using Row = const std::uint8_t*;
 
-    // Sobel gradient magnitude, truncated and limited to 255.
+    // Gradient magnitude by the operator of Sobel and Feldman (1968), truncated and limited to 255.
     void (*sobelRow)(Row before, Row row, Row after, int count, std::uint8_t* target);
     // 0 where that magnitude is at least 127, else 255.
     void (*edgeRow)(Row before, Row row, Row after, int count, std::uint8_t* target);

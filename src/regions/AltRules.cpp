@@ -52,14 +52,13 @@ Finish BinarizeText(const AltRule& rule, Region& region, const PageFindings& pag
     } else {
         const bool large = region.rect.Width() > kLargeWidth && region.rect.Height() > kLargeHeight;
         const int isodata = region.Isodata();
-        region.Threshold(region.gray, region.result, large ? Scaled(isodata, kLarge) : isodata + kSmall,
-                         kBlackStays);
+        region.ThresholdGray(large ? Scaled(isodata, kLarge) : isodata + kSmall, kBlackStays);
     }
     return Finish::kFillAndMark;
 }
 
 Finish BinarizeHalfDark(Region& region, const PageFindings& page) {
-    const Verdict verdict = region.Threshold(region.gray, region.result, region.Isodata(), kBlackStays);
+    const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
     if (verdict != Verdict::kMostlyDark && page.secondPass) {
         region.Smooth(region.gray, region.result);
         region.Threshold(region.result, region.result, region.Isodata() + kSmoothed, kOverwritten);
@@ -78,7 +77,7 @@ Finish BinarizeDark(const AltRule& rule, const Region& region, const PageFinding
         const int base = rule.base(region);
         threshold = IsTwoToned(kind) ? Scaled(base, kTwoToned) : base;
     }
-    return region.FinishOf(region.Threshold(region.gray, region.result, threshold, kBlackStays));
+    return region.FinishOf(region.ThresholdGray(threshold, kBlackStays));
 }
 
 Finish BinarizeAlt(const AltRule& rule, const PageFindings& page, const RulePlanes& planes,

@@ -74,8 +74,7 @@ void Region::MergeSmoothed(int above) {
 }
 
 Finish BinarizeBlank(const Region& region) {
-    const Verdict verdict = region.Threshold(region.gray, region.result, region.Otsu(), Earlier::kBlackStays);
-    return region.FinishOf(verdict, Finish::kMark);
+    return region.FinishOf(region.ThresholdGray(region.Otsu(), Earlier::kBlackStays), Finish::kMark);
 }
 
 }  // namespace tavrix

@@ -65,6 +65,9 @@ class Region {
 
     // Passes over the rectangle.
     Verdict Threshold(const ConstPlane& source, const Plane& target, int threshold, Earlier earlier) const;
+    Verdict ThresholdGray(int threshold, Earlier earlier) const {  // into the result
+        return Threshold(gray, result, threshold, earlier);
+    }
     void Smooth(const ConstPlane& source, const Plane& target);                 // and count
     void Sharpen(const ConstPlane& source, const Plane& target, float factor);  // and count
     // Keeps of the result's black what is dark in the smoothed page as well, up to so many levels above its

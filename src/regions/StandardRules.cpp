@@ -10,22 +10,22 @@ using enum Earlier;
 
 // Shares of dark pixels in a region.
 constexpr double kFullText = 0.1, kFaintText = 0.038;
-constexpr double kHalfDarkToSharpen = 0.6;
+constexpr double kHalfDarkToSharpen = 0.6;  // below
 
-// Weights of the centre in sharpening: the more text, the stronger it may stand out.
+// Weights of the centre in sharpening: the more text, the more it may stand out.
 constexpr float kSharpenFull = 10.0f, kSharpenText = 9.8f, kSharpenFaint = 9.6f;
 
-// Levels added to a threshold.
-constexpr int kSharpenedFull = 30, kSharpenedThin = 40;  // to isodata, of sharpened text
-constexpr int kSharpenedDarkText = -30;                  // the same where the text is the dark of the page
-constexpr int kSharpenedHalfDark = 20, kSharpenedLine = 10;  // of a sharpened half-dark region, line
-constexpr int kSmoothedText = 15, kSmoothedHalfDark = 10;
-constexpr int kLinePlain = -20;       // to isodata, of a line that may not be sharpened
-constexpr int kLowDarkText = 50;      // a threshold below which dark text gets
-constexpr int kLowDarkTextRise = 20;  // so much more
+// Levels added to the isodata threshold.
+constexpr int kSharpenedFull = 30, kSharpenedThin = 40;              // of sharpened text
+constexpr int kSharpenedDarkText = -30;                              // of sharpened dark text
+constexpr int kSharpenedHalfDark = 20, kSharpenedHalfDarkLine = 10;  // of sharpened half-dark regions, lines
+constexpr int kSmoothedText = 15, kSmoothedHalfDark = 10;            // of the smoothed page
+constexpr int kPlainLine = -20;                          // of text lines that may not be sharpened
+constexpr int kLowDarkText = 50, kLowDarkTextRise = 20;  // a threshold of dark text below 50 gets 20 more
+
 // Factors of a threshold.
-constexpr double kRegionPlain = 0.8;  // of isodata, in a region that may not be sharpened
-constexpr double kGrayLine = 0.8;     // of Otsu's, in a smoothed gray line
+constexpr double kPlainRegion = 0.8;  // isodata's, of text that may not be sharpened
+constexpr double kGrayLine = 0.8;     // Otsu's, of smoothed gray lines
 
 float SharpeningOf(const Tones& tones) {
     if (tones.dark > kFullText) return kSharpenFull;
@@ -36,9 +36,11 @@ int RaisedIsodata(const Region& region, int above) {
     return std::min(region.Isodata() + above, kHighestThreshold);
 }
 
-// ---- what both methods do
+int DarkTextOrOtsu(const Region& region) {
+    return region.DarkTextOtsu().value_or(region.Otsu());
+}
 
-// Text that may be sharpened.
+// Text that may be sharpened, on the page and in lines.
 Verdict ThresholdSharpened(Region& region, bool secondPass) {
     region.Sharpen(region.gray, region.scratch, SharpeningOf(region.tones));
     const int above = region.tones.dark > kFullText ? kSharpenedFull : kSharpenedThin;
@@ -48,21 +50,12 @@ Verdict ThresholdSharpened(Region& region, bool secondPass) {
     return verdict;
 }
 
-Verdict ThresholdAtIsodata(const Region& region) {
-    return region.Threshold(region.gray, region.result, region.Isodata(), kBlackStays);
-}
+// ---- text: dark strokes on a brighter ground
 
-int DarkTextOrOtsu(const Region& region) {
-    return region.DarkTextOtsu().value_or(region.Otsu());
-}
-
-// ---- text
-
-Verdict ThresholdRegionText(Region& region, const PageFindings& page) {
+Verdict ThresholdTextRegion(Region& region, const PageFindings& page) {
     if (!page.darkTextHint) {
         if (page.sharpenAllowed) return ThresholdSharpened(region, page.secondPass);
-        return region.Threshold(region.gray, region.result, Scaled(region.Isodata(), kRegionPlain),
-                                kBlackStays);
+        return region.ThresholdGray(Scaled(region.Isodata(), kPlainRegion), kBlackStays);
     }
     if (page.sharpenAllowed) {
         region.Sharpen(region.gray, region.scratch, SharpeningOf(region.tones));
@@ -70,21 +63,21 @@ Verdict ThresholdRegionText(Region& region, const PageFindings& page) {
                                 kOverwritten);
     }
     const int threshold = DarkTextOrOtsu(region);
-    const int rise = threshold < kLowDarkText ? kLowDarkTextRise : 0;
-    return region.Threshold(region.gray, region.result, threshold + rise, kOverwritten);
+    return region.ThresholdGray(threshold < kLowDarkText ? threshold + kLowDarkTextRise : threshold,
+                                kOverwritten);
 }
 
-Verdict ThresholdLineText(Region& region, const PageFindings& page) {
-    if (page.darkTextHint) {
-        return region.Threshold(region.gray, region.result, DarkTextOrOtsu(region), kOverwritten);
-    }
+Verdict ThresholdTextLine(Region& region, const PageFindings& page) {
+    if (page.darkTextHint) return region.ThresholdGray(DarkTextOrOtsu(region), kOverwritten);
     if (page.sharpenAllowed) return ThresholdSharpened(region, page.secondPass);
-    return region.Threshold(region.gray, region.result, region.Isodata() + kLinePlain, kBlackStays);
+    return region.ThresholdGray(region.Isodata() + kPlainLine, kBlackStays);
 }
 
-// ---- half dark, and not mostly dark at the isodata threshold
+// ---- half dark: refined unless it came out mostly dark at first
 
-void RefineHalfDarkRegion(Region& region, const PageFindings& page) {
+Verdict ThresholdHalfDarkRegion(Region& region, const PageFindings& page) {
+    const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
+    if (verdict == Verdict::kMostlyDark) return verdict;
     if (region.tones.dark < kHalfDarkToSharpen) {
         region.Sharpen(region.gray, region.result, kSharpenText);
         region.Threshold(region.result, region.result, RaisedIsodata(region, kSharpenedHalfDark),
@@ -97,25 +90,30 @@ void RefineHalfDarkRegion(Region& region, const PageFindings& page) {
         region.Threshold(region.gray, region.scratch, DarkTextOrOtsu(region), kBlackStays);
         MergeRegionMasks(region.result, region.scratch, region.rect);
     }
+    return verdict;
 }
 
-void RefineHalfDarkLine(Region& region, const PageFindings& page) {
+Verdict ThresholdHalfDarkLine(Region& region, const PageFindings& page) {
+    const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
+    if (verdict == Verdict::kMostlyDark) return verdict;
     if (page.darkTextHint) {
-        region.Threshold(region.gray, region.result, DarkTextOrOtsu(region), kOverwritten);
-        return;
+        region.ThresholdGray(DarkTextOrOtsu(region), kOverwritten);
+    } else if (page.sharpenAllowed) {
+        if (region.tones.dark < kHalfDarkToSharpen) {
+            region.Sharpen(region.gray, region.scratch, kSharpenText);
+            region.Threshold(region.scratch, region.result, RaisedIsodata(region, kSharpenedHalfDarkLine),
+                             kBlackStays);
+        }
+        if (page.secondPass) region.MergeSmoothed(kSmoothedHalfDark);
     }
-    if (!page.sharpenAllowed) return;
-    if (region.tones.dark < kHalfDarkToSharpen) {
-        region.Sharpen(region.gray, region.scratch, kSharpenText);
-        region.Threshold(region.scratch, region.result, RaisedIsodata(region, kSharpenedLine), kBlackStays);
-    }
-    if (page.secondPass) region.MergeSmoothed(kSmoothedHalfDark);
+    return verdict;
 }
 
-// ---- dark
+// ---- dark: mostly dark, or in between all over
 
 Finishing BinarizeDarkRegion(const Region& region) {
-    if (ThresholdAtIsodata(region) == Verdict::kMostlyDark) return {Finish::kLeave};
+    const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
+    if (verdict == Verdict::kMostlyDark) return {region.FinishOf(verdict)};
     return BinarizeDarkText(region);
 }
 
@@ -125,8 +123,7 @@ Verdict ThresholdDarkLine(Region& region, const PageFindings& page) {
         region.Smooth(region.scratch, region.result);
         return region.Threshold(region.result, region.result, Scaled(region.Otsu(), kGrayLine), kBlackStays);
     }
-    return region.Threshold(region.gray, region.result, region.DarkTextOtsu().value_or(region.Isodata()),
-                            kBlackStays);
+    return region.ThresholdGray(region.DarkTextOtsu().value_or(region.Isodata()), kBlackStays);
 }
 
 }  // namespace
@@ -135,12 +132,8 @@ Finishing BinarizeRegion(const PageFindings& page, const RulePlanes& planes, con
     Region region(kEdgeFamily, planes, rect);
     switch (region.Classify(false)) {
         case ToneClass::kBlank: return {BinarizeBlank(region)};
-        case ToneClass::kText: return {region.FinishOf(ThresholdRegionText(region, page))};
-        case ToneClass::kHalfDark: {
-            const Verdict verdict = ThresholdAtIsodata(region);
-            if (verdict != Verdict::kMostlyDark) RefineHalfDarkRegion(region, page);
-            return {region.FinishOf(verdict)};
-        }
+        case ToneClass::kText: return {region.FinishOf(ThresholdTextRegion(region, page))};
+        case ToneClass::kHalfDark: return {region.FinishOf(ThresholdHalfDarkRegion(region, page))};
         case ToneClass::kDark: break;
     }
     return BinarizeDarkRegion(region);
@@ -150,12 +143,8 @@ Finish LineRule(const PageFindings& page, const RulePlanes& planes, const Rect& 
     Region region(kLineFamily, planes, rect);
     switch (region.Classify(true)) {
         case ToneClass::kBlank: return BinarizeBlank(region);
-        case ToneClass::kText: return region.FinishOf(ThresholdLineText(region, page));
-        case ToneClass::kHalfDark: {
-            const Verdict verdict = ThresholdAtIsodata(region);
-            if (verdict != Verdict::kMostlyDark) RefineHalfDarkLine(region, page);
-            return region.FinishOf(verdict);
-        }
+        case ToneClass::kText: return region.FinishOf(ThresholdTextLine(region, page));
+        case ToneClass::kHalfDark: return region.FinishOf(ThresholdHalfDarkLine(region, page));
         case ToneClass::kDark: break;
     }
     return region.FinishOf(ThresholdDarkLine(region, page));
@@ -163,8 +152,7 @@ Finish LineRule(const PageFindings& page, const RulePlanes& planes, const Rect& 
 
 Finishing BinarizeDarkText(const Region& region) {
     const std::optional<int> ofText = region.DarkTextOtsu();
-    const Verdict verdict =
-        region.Threshold(region.gray, region.result, ofText.value_or(region.Isodata()), kBlackStays);
+    const Verdict verdict = region.ThresholdGray(ofText.value_or(region.Isodata()), kBlackStays);
     return {region.FinishOf(verdict), ofText.has_value()};
 }
 

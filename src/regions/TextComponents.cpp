@@ -39,9 +39,10 @@ struct LabelledSpan {
     int x0, x1, label;
 };
 
-// Components of the runs that touch from row to row, columns above one another. Where a run joins two
-// components, the one it touches first takes over the other, whose runs follow its own; the column of the
-// junction then carries no label for the row after it.
+// Components of the runs that touch from row to row, columns above one another: labelled in one pass, with
+// labels found equal joined at once (after Rosenfeld and Pfaltz, 1966, and Galler and Fischer, 1964). Where a
+// run joins two components, the one it touches first takes over the other, whose runs follow its own; the
+// column of the junction then carries no label for the row after it.
 class RunLabeller {
   public:
     // Runs come row by row, from left to right.
