@@ -54,7 +54,7 @@ inline Vector Contrast(Vector values, const std::uint16_t* sums, const std::int3
     const Vector mean = TAVRIX_VECTOR(srli_epi16)(TAVRIX_VECTOR(mulhi_epu16)(sum, FillWords(kMeanFactor)), 1);
     const Vector base = global ^ (strong & (global ^ mean));
     const Vector dark = TAVRIX_VECTOR(cmpgt_epi16)(global, mean);
-    const Vector shift = SubtractWords(And(dark, FillWords(2 * kShift)), FillWords(kShift));
+    const Vector shift = SubtractWords(dark & FillWords(2 * kShift), FillWords(kShift));
     return TAVRIX_VECTOR(cmpgt_epi16)(values, AddWords(base, shift));
 }
 

@@ -75,12 +75,6 @@ inline Vector Fill(int byte) {
 inline Vector FillWords(int word) {
     return TAVRIX_VECTOR(set1_epi16)(static_cast<short>(word));
 }
-inline Vector And(Vector a, Vector b) {
-    return a & b;
-}
-inline Vector AndNot(Vector a, Vector b) {
-    return ~a & b;
-}
 inline Vector Equal(Vector a, Vector b) {
     return TAVRIX_VECTOR(cmpeq_epi8)(a, b);
 }

@@ -11,9 +11,10 @@
 
 namespace tavrix {
 
-// Measures the page (contrast, edges, stroke ends, histogram), makes a rough mask of its foreground, finds
-// the text components in it, and thresholds each region of text with a rule of its own. Working planes have
-// the page's rows, padding included.
+// Measures the page (EdgeMeasures, HistogramClass), makes a rough mask of its foreground (PreMask), finds the
+// text in it (TextComponents), joins that into regions (RegionBuilding), thresholds each region by the class
+// of its tones (StandardRules, AltRules, SharpRule), and cleans it up (Finishing). Working planes have the
+// page's rows, padding included.
 class EdgeRegionBinarizer : public Binarizer {
   public:
     explicit EdgeRegionBinarizer(DibImage* page);

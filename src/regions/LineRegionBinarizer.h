@@ -8,9 +8,10 @@
 
 namespace tavrix {
 
-// Binarization by text lines: the page is measured and roughly split into foreground and background, the
-// components of the foreground are grouped into lines, and every line's rectangle is thresholded by a rule
-// that the measurements choose. Dark bands with bright text come out as dark text on white.
+// Binarization by text lines: the page is measured (EdgeMeasures, HistogramClass) and roughly split into
+// foreground and background (PreMask), the components of the foreground are grouped into lines, every line's
+// rectangle is thresholded by the class of its tones (StandardRules, AltRules) and cleaned up (Finishing).
+// Dark bands with bright text come out as dark text on white.
 //
 // Working planes are blank copies of the page; their padding stays 0 and counts as outside.
 class LineRegionBinarizer : public Binarizer {

@@ -13,7 +13,7 @@ int CountTips(const Byte* row, const Byte* after, int count) {
     for (; x + kVectorBytes <= count; x += kVectorBytes) {
         const Vector around =
             Min(Min(Load(row + x + 1), Load(after + x - 1)), Min(Load(after + x), Load(after + x + 1)));
-        counter.Add(AndNot(Equal(around, zero), Equal(Load(row + x), zero)));
+        counter.Add(~Equal(around, zero) & Equal(Load(row + x), zero));
     }
     int tips = counter.Total();
     for (; x < count; ++x) {
@@ -32,8 +32,8 @@ void ThresholdRegionRow(const Byte* row, int count, int threshold, bool force, B
         for (; x + kVectorBytes <= count; x += kVectorBytes) {
             const Vector bytes = Load(row + x);
             const Vector bright = Equal(Max(bytes, limit), bytes);
-            const Vector black = And(Equal(Load(target + x), zero), keep);
-            const Vector white = AndNot(black, bright);
+            const Vector black = Equal(Load(target + x), zero) & keep;
+            const Vector white = ~black & bright;
             Store(target + x, white);
             darkLanes.Add(Equal(bright, zero));
             lightLanes.Add(white);
