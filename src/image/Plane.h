@@ -13,7 +13,7 @@ namespace tavrix {
 // Rows of pixels of a byte, rowBytes apart, in memory that somebody else owns. Passes over a plane take the
 // columns below `columns` for it: what lies outside reads as 0, and what is written there is dropped.
 template <class Pixel>
-struct PlaneOf {
+struct BasicPlane {
     Pixel* pixels;
     int rowBytes;
     int width;  // columns that carry pixels
@@ -31,17 +31,17 @@ struct PlaneOf {
 
     // The same shape over other memory.
     template <class Other>
-    PlaneOf<Other> Over(Other* otherPixels) const {
+    BasicPlane<Other> Over(Other* otherPixels) const {
         return {otherPixels, rowBytes, width, height, columns};
     }
-    operator PlaneOf<const Pixel>() const { return {pixels, rowBytes, width, height, columns}; }
+    operator BasicPlane<const Pixel>() const { return {pixels, rowBytes, width, height, columns}; }
 
   private:
     std::int16_t LastRow() const { return static_cast<std::int16_t>(height - 1); }
 };
 
-using Plane = PlaneOf<std::uint8_t>;
-using ConstPlane = PlaneOf<const std::uint8_t>;
+using Plane = BasicPlane<std::uint8_t>;
+using ConstPlane = BasicPlane<const std::uint8_t>;
 
 // The pixels of an 8-bit image.
 inline Plane PlaneOfPixels(DibImage& image) {
