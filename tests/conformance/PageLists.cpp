@@ -23,6 +23,15 @@ Page DotsBesideBlack() {
     return page;
 }
 
+// Very busy and bright, with much black and some gray.
+Page DotsBesideBlackAndGray() {
+    Page page(480, 490);
+    page.Fill(0, 0, 480, 140, 0);
+    page.Fill(0, 140, 480, 60, 100);
+    page.Fill(0, 140, 480, 350, 0, 4);
+    return page;
+}
+
 // Very busy and dark.
 Page LightDotsOnBlack() {
     Page page(441, 400, 20);
@@ -40,12 +49,15 @@ Page StripesAmongDots() {
     return page;
 }
 
-// Rows of bars that interlock to one line over the page, columns of dots between them.
+// Rows of bars, gray at the core, that interlock to one line over the page, columns of dots between them.
 Page InterlockedBars() {
     Page page(800, 620);
     for (int i = 0; i < 37; ++i) {
         const int x = 30 + 20 * i;
-        for (int y = 30 + i % 2 * 23; y < 550; y += 46) page.Fill(x, y, 10, 40, 0);
+        for (int y = 30 + i % 2 * 23; y < 550; y += 46) {
+            page.Fill(x, y, 10, 40, 0);
+            page.Fill(x + 4, y + 9, 2, 22, 97);
+        }
         for (int y = 30; y < 580; y += 5) {
             page.Fill(x + 12, y, 1, 1, 0);
             page.Fill(x + 16, y, 1, 1, 0);
@@ -120,6 +132,7 @@ const std::vector<SheetPointer>& VariedPages() {
 const std::vector<SheetPointer>& RarePages() {
     static const std::vector<SheetPointer> sheets{
         SheetOf("dots beside black", DotsBesideBlack),
+        SheetOf("dots beside black and gray", DotsBesideBlackAndGray),
         SheetOf("light dots on black", LightDotsOnBlack),
         SheetOf("stripes among dots", StripesAmongDots),
         SheetOf("interlocked bars", InterlockedBars),
