@@ -84,16 +84,16 @@ TEST(RotationTool, TurnsAndFlipsWholeImages) {
 
 TEST(DibImage, ReadsAndWritesSinglePixels) {
     for (const int bitCount : {1, 8, 24}) {
-        const HostImage host = HostImage::Drawn(9, 3, bitCount);
+        const HostImage host = HostImage::Drawn(5, 9, bitCount);
         const ImagePtr image = DibImage::Borrow(host.Handle());
-        const int columns = bitCount == 24 ? 27 : 9, outside = bitCount == 1 ? 1 : 0;
+        const int columns = bitCount == 24 ? 15 : 5, outside = bitCount == 1 ? 1 : 0;
         const std::vector<std::uint8_t> before = host.Bytes();
-        for (const auto& [x, y] : {std::pair{-1, 0}, {columns, 0}, {0, -1}, {0, 3}}) {
+        for (const auto& [x, y] : {std::pair{-1, 0}, {columns, 0}, {0, -1}, {0, 9}}) {
             EXPECT_EQ(image->GetPixel(x, y), outside);
             for (const int value : {0, 1}) image->SetPixel(x, y, value);
         }
         EXPECT_EQ(host.Bytes(), before);
-        for (int y = 0; y < 3; ++y) {
+        for (int y = 0; y < 9; ++y) {
             for (int x = 0; x < columns; ++x) {
                 const std::uint8_t* row = host.Record().bits + image->RowBytes() * y;
                 const int old = bitCount == 1 ? row[x / 8] >> (7 - x % 8) & 1 : row[x];
