@@ -2,12 +2,11 @@
 // Operations of the library's classes that their rules define and no export calls.
 #include <gtest/gtest.h>
 
-#include <random>
+#include <algorithm>
 #include <tuple>
+#include <vector>
 
-#include "api/ImageTool.h"
 #include "binarize/OtsuBinarizer.h"
-#include "components/ComponentStore.h"
 #include "geometry/RotationTool.h"
 #include "image/DibImage.h"
 #include "support/HostImage.h"
@@ -104,55 +103,6 @@ TEST(DibImage, ReadsAndWritesSinglePixels) {
             }
         }
         EXPECT_EQ(host.Bytes(), before);
-    }
-}
-
-// What a sort is defined by: the extreme child of those not yet moved goes to the parent's head.
-void SelectionSort(ComponentNode* parent, bool ascending, bool byLeft) {
-    const int sign = ascending ? 1 : -1;
-    for (ComponentNode* cursor = parent->firstChild; cursor != nullptr;) {
-        ComponentNode* pick = cursor;
-        for (ComponentNode* node = cursor->next; node != nullptr; node = node->next) {
-            const int beyondLeft = sign * (node->left - pick->left);
-            const int beyondRight = sign * (node->right - pick->right);
-            if (beyondLeft > 0 || (beyondLeft == 0 && (byLeft || beyondRight > 0))) pick = node;
-        }
-        if (pick == cursor) cursor = cursor->next;
-        (byLeft ? store::MoveToParentPlain : store::MoveToParent)(parent, pick, parent);
-    }
-}
-
-TEST(ComponentStore, SortsEitherWay) {
-    for (int kind = 0; kind < 4; ++kind) {
-        for (int count = 0; count < 120; count += 7) {
-            const bool ascending = kind % 2 == 0, byLeft = kind / 2 == 0;
-            std::vector<std::tuple<int, int, int, int, unsigned>> lists[2];
-            for (const bool isExpected : {false, true}) {
-                std::mt19937 random(static_cast<unsigned>(count));
-                const auto side = [&] { return static_cast<std::int16_t>(random() % 9 - 2); };
-                ComponentStore s{};
-                ASSERT_TRUE(store::Create(s));
-                ComponentNode* block = store::InsertBlock(s, nullptr, nullptr, {});
-                ComponentNode* line = store::InsertLine(s, block, nullptr, nullptr, {5, 0, 0, 5});
-                for (int i = 0; i < count; ++i) {
-                    store::Box box;
-                    for (std::int16_t* to : {&box.left, &box.top, &box.right, &box.bottom}) *to = side();
-                    ComponentNode* node = store::InsertComponent(s, line, nullptr, line->firstChild, box);
-                    node->pixelCount = static_cast<std::uint32_t>(i);
-                }
-                if (isExpected) {
-                    SelectionSort(line, ascending, byLeft);
-                } else {
-                    (byLeft ? store::SortChildrenByLeft : store::SortChildren)(line, ascending);
-                }
-                for (const ComponentNode* node = line; node != nullptr;
-                     node = node == line ? line->firstChild : node->next) {
-                    lists[isExpected].push_back(std::tuple_cat(Sides(*node), std::tuple(node->pixelCount)));
-                }
-                store::Release(s);
-            }
-            ASSERT_EQ(lists[0], lists[1]) << count << " kind " << kind;
-        }
     }
 }
 
