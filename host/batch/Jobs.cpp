@@ -60,6 +60,7 @@ class Run {
 
         const std::lock_guard lock(mutex);
         isAnyRead |= outcome.isRead || outcome.isSkipped;
+        for (const std::string& note : outcome.notes) progress.Say("tavrix: " + input.path + ": " + note);
         if (!reason.empty()) {
             hasFailed = true;
             isUnwritable |= kind == PictureError::kUnwritable;

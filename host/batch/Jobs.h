@@ -19,8 +19,9 @@ struct JobOptions {
 
 // What became of one input.
 struct Outcome {
-    std::string text;     // for standard output
-    bool isRead = false;  // at least one page could be read
+    std::string text;                // for standard output
+    std::vector<std::string> notes;  // for standard error, each with the file's name before it
+    bool isRead = false;             // at least one page could be read
     bool isSkipped = false;
 };
 

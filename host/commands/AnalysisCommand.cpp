@@ -6,7 +6,6 @@
 
 #include "findings/Overlay.h"
 #include "findings/Report.h"
-#include "operations/Operations.h"
 #include "picture/PictureReader.h"
 
 namespace host {
@@ -19,7 +18,8 @@ constexpr int kOverlayBits = 24;
 
 void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options) {
     AddFileOptions(command, options.files);
-    AddModeOption(command, options.mode);
+    AddModeOption(command, options.convert);
+    AddScaleOption(command, options.convert);
     command
         .add_option("--overlay", options.overlay,
                     "File or folder for a picture with everything drawn over it")
@@ -63,14 +63,19 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
             facts.width = page->image.Width();
             facts.height = page->image.Height();
             facts.resolution = page->resolution;
-            facts.mode = page->image.BitCount() == 1 ? "" : options.mode.name;
+            facts.mode = page->image.BitCount() == 1 ? "" : options.convert.conversion.mode.name;
             HostImage shown = overlayNames.IsWanted() ? page->image.Copy() : HostImage();
-            HostImage bits = Binarize(std::move(page->image), options.mode);
-            facts.black = CountBlack(bits);
-            const Findings findings = find(bits);
+            Conversion conversion = Convert(std::move(page->image), options.convert, outcome);
+            facts.scale = conversion.scale;
+            facts.warnings = conversion.warnings;
+            facts.confidence.reset();
+            if (conversion.choice && !facts.mode.empty()) facts.confidence = conversion.choice->confidence;
+            facts.blackShare = BlackShare(conversion.bits);
+            const Findings findings = Reduced(find(conversion.bits), conversion.scale);
             outcome.text += options.wantsJson ? ReportJson(facts, findings) : ReportText(facts, findings);
             if (overlayNames.IsWanted()) overlaySink.Add({DrawOverlay(shown, findings), facts.resolution});
-            bitsSink.Add({std::move(bits), facts.resolution});
+            bitsSink.Add({std::move(conversion.bits),
+                          {facts.resolution.x * facts.scale, facts.resolution.y * facts.scale}});
         }
         bitsSink.Finish();
         overlaySink.Finish();

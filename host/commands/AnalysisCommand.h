@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "commands/Convert.h"
 #include "commands/FileOptions.h"
 #include "findings/Findings.h"
 #include "picture/HostImage.h"
@@ -12,7 +13,7 @@ namespace host {
 struct AnalysisOptions {
     FileOptions files;
     PictureOptions output;  // the 1-bit picture; only card offers it
-    Mode mode = DefaultMode();
+    ConvertOptions convert;
     bool wantsJson = false;
     std::string overlay;
     std::string overlayFormat = "jpg";  // in a folder

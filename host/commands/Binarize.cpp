@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "commands/Commands.h"
+#include "commands/Convert.h"
 #include "commands/PictureCommand.h"
 #include "operations/Operations.h"
 
@@ -14,15 +15,17 @@ namespace {
 struct BinarizeOptions {
     FileOptions files;
     PictureOptions output;
-    Mode mode = DefaultMode();
-    bool byBlocks = false;
+    ConvertOptions convert;
     std::vector<int> specks;  // largest width and height; empty: all stay
 };
 
-Picture Clean(Picture page, const BinarizeOptions& options) {
-    HostImage bits = Binarize(std::move(page.image), options.mode, options.byBlocks);
+// The result's resolution follows its size.
+Picture Clean(Picture page, const BinarizeOptions& options, Outcome& outcome) {
+    Conversion conversion = Convert(std::move(page.image), options.convert, outcome);
+    HostImage& bits = conversion.bits;
     if (!options.specks.empty()) bits = Despeckle(std::move(bits), {options.specks[0], options.specks[1]});
-    return {std::move(bits), page.resolution};
+    const int scale = conversion.scale;
+    return {std::move(bits), {page.resolution.x * scale, page.resolution.y * scale}};
 }
 
 }  // namespace
@@ -34,23 +37,27 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
     options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
-    AddModeOption(command, options->mode);
-    command.add_flag("--blocks", options->byBlocks,
+    AddModeOption(command, options->convert);
+    AddScaleOption(command, options->convert);
+    command.add_flag("--blocks", options->convert.conversion.byBlocks,
                      "Treat the picture as one block in modes regions and lines");
     AddNumbersOption(command, "--despeckle", 2, "WIDTH,HEIGHT", options->specks,
                      "Remove components of at most this size, thin rules and large frames");
     command.callback([options, &code] {
-        if (options->byBlocks && !options->mode.hasBlocks) {
-            throw UsageError("mode " + std::string(options->mode.name) + " cannot be used with --blocks");
+        const ConversionOptions& conversion = options->convert.conversion;
+        if (conversion.byBlocks && !conversion.mode.hasBlocks) {
+            throw UsageError("mode " + std::string(conversion.mode.name) + " cannot be used with --blocks");
         }
-        code = RunPictureCommand(options->files, options->output,
-                                 [&options](Picture page) { return Clean(std::move(page), *options); });
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page, Outcome& outcome) {
+            return Clean(std::move(page), *options, outcome);
+        });
     });
 }
 
 void AddModesCommand(CLI::App& app) {
     CLI::App& command = *app.add_subcommand("modes", "List the binarization modes");
     command.callback([] {
+        std::printf("-  %-9s %s\n", kAutomaticMode.name.data(), kAutomaticMode.suits.data());
         for (const Mode& mode : kModes) {
             std::printf("%d  %-9s %s\n", mode.number, mode.name.data(), mode.suits.data());
         }

@@ -88,24 +88,6 @@ void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t co
     command.add_option_function<std::string>(name, parse, text)->type_name(form);
 }
 
-void AddModeOption(CLI::App& command, Mode& mode) {
-    const auto choose = [&mode](const std::string& text) {
-        const std::optional<Mode> found = FindMode(text);
-        if (!found) throw CLI::ValidationError("--mode", "no mode " + text + " (tavrix modes lists them)");
-        mode = *found;
-    };
-    command
-        .add_option_function<std::string>("-m,--mode", choose,
-                                          "Binarization mode, number or name (see tavrix modes)")
-        ->type_name("MODE")
-        ->default_str(std::string(DefaultMode().name));
-}
-
-const Mode& DefaultMode() {
-    static const Mode mode = *FindMode(std::to_string(kDefaultMode));
-    return mode;
-}
-
 std::unique_ptr<PageCollection> CollectionOf(const PictureOptions& output, const FileOptions& files,
                                              const std::vector<Input>& inputs) {
     const std::string& place = output.place;

@@ -9,7 +9,6 @@
 #include "batch/Jobs.h"
 #include "batch/OutputNames.h"
 #include "commands/PageCollection.h"
-#include "operations/Modes.h"
 #include "picture/PictureWriter.h"
 
 namespace host {
@@ -48,10 +47,6 @@ void AddNumbersOption(CLI::App& command, const std::string& name, std::size_t co
 bool IsFolder(const std::string& place);
 // Standard output, a pipe or a device: its name does not tell a format.
 bool IsStream(const std::string& place);
-
-// --mode, by number or name.
-void AddModeOption(CLI::App& command, Mode& mode);
-const Mode& DefaultMode();
 
 // Where the results of several inputs become the pages of one file, a PDF whose name has no fields: their
 // collection; else null. Throws UsageError.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "commands/Commands.h"
+#include "commands/Convert.h"
 #include "commands/PictureCommand.h"
 #include "operations/Operations.h"
 
@@ -22,7 +23,7 @@ struct RotateOptions {
 struct TurnOptions {
     FileOptions files;
     PictureOptions output;
-    Mode mode = DefaultMode();
+    ConvertOptions convert;
     std::vector<int> block;  // left, top, right, bottom; empty: the whole picture
     int code = 0;
 };
@@ -30,7 +31,7 @@ struct TurnOptions {
 struct PadOptions {
     FileOptions files;
     PictureOptions output;
-    Mode mode = DefaultMode();
+    ConvertOptions convert;
 };
 
 // In the order of RotateImageBlock's codes.
@@ -66,9 +67,9 @@ Box BlockIn(const HostImage& image, const std::vector<int>& block) {
     return {block[0], block[1], block[2], block[3]};
 }
 
-Picture Turn(Picture page, const TurnOptions& options) {
+Picture Turn(Picture page, const TurnOptions& options, Outcome& outcome) {
     const Box box = BlockIn(page.image, options.block);
-    const HostImage bits = Binarize(std::move(page.image), options.mode);
+    const HostImage bits = Convert(std::move(page.image), options.convert, outcome).bits;
     const bool isQuarter = options.code == 1 || options.code == 3 || options.code == 5;
     return {TurnBlock(bits, box, options.code), isQuarter ? Swapped(page.resolution) : page.resolution};
 }
@@ -89,7 +90,7 @@ void AddRotateCommand(CLI::App& app, ExitCode& code) {
     command.add_flag("-c,--counter-clockwise", options->isCounterClockwise, "Turn the other way");
     command.callback([options, &code] {
         const double degrees = options->isCounterClockwise ? -options->degrees : options->degrees;
-        code = RunPictureCommand(options->files, options->output, [degrees](Picture page) {
+        code = RunPictureCommand(options->files, options->output, [degrees](Picture page, Outcome&) {
             const bool isOddQuarter = std::fabs(std::fmod(degrees, 180)) == 90;
             return Picture{Rotate(std::move(page.image), degrees),
                            isOddQuarter ? Swapped(page.resolution) : page.resolution};
@@ -104,7 +105,7 @@ void AddTurnCommand(CLI::App& app, ExitCode& code) {
     options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
-    AddModeOption(command, options->mode);
+    AddModeOption(command, options->convert);
     AddNumbersOption(command, "-b,--block", 4, "LEFT,TOP,RIGHT,BOTTOM", options->block,
                      "Columns and rows, counted from 0 at the top left, inclusive");
     command
@@ -118,8 +119,9 @@ void AddTurnCommand(CLI::App& app, ExitCode& code) {
             (options->block[0] > options->block[2] || options->block[1] > options->block[3])) {
             throw UsageError("--block: left must not exceed right, nor top bottom");
         }
-        code = RunPictureCommand(options->files, options->output,
-                                 [&options](Picture page) { return Turn(std::move(page), *options); });
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page, Outcome& outcome) {
+            return Turn(std::move(page), *options, outcome);
+        });
     });
 }
 
@@ -129,10 +131,11 @@ void AddPadCommand(CLI::App& app, ExitCode& code) {
     options->output.bits = 1;
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
-    AddModeOption(command, options->mode);
+    AddModeOption(command, options->convert);
     command.callback([options, &code] {
-        code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
-            return Picture{Pad(Binarize(std::move(page.image), options->mode)), page.resolution};
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page, Outcome& outcome) {
+            return Picture{Pad(Convert(std::move(page.image), options->convert, outcome).bits),
+                           page.resolution};
         });
     });
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "commands/Commands.h"
+#include "commands/Convert.h"
 #include "commands/PictureCommand.h"
 #include "operations/Operations.h"
 
@@ -27,7 +28,7 @@ constexpr std::array<MorphOperation, 6> kOperations = {{{"edge", 0, false},
 struct MorphOptions {
     FileOptions files;
     PictureOptions output;
-    Mode mode = DefaultMode();
+    ConvertOptions convert;
     MorphOperation operation = kOperations[0];
 };
 
@@ -52,13 +53,14 @@ void AddMorphCommand(CLI::App& app, ExitCode& code) {
         ->type_name("edge|open|close|smooth|sharpen|dilate");
     AddFileOptions(command, options->files);
     AddPictureOptions(command, options->output);
-    AddModeOption(command, options->mode);
+    AddModeOption(command, options->convert);
     command.callback([options, &code] {
         const std::string_view operation = options->operation.name;
         options->output.bits = operation == "edge" || options->operation.isOneBit ? 1 : 8;
-        code = RunPictureCommand(options->files, options->output, [&options](Picture page) {
-            HostImage image = options->operation.isOneBit ? Binarize(std::move(page.image), options->mode)
-                                                          : ToGray(std::move(page.image));
+        code = RunPictureCommand(options->files, options->output, [&options](Picture page, Outcome& outcome) {
+            HostImage image = options->operation.isOneBit
+                                  ? Convert(std::move(page.image), options->convert, outcome).bits
+                                  : ToGray(std::move(page.image));
             return Picture{RunMorphology(std::move(image), options->operation.code), page.resolution};
         });
     });

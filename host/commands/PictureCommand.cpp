@@ -9,7 +9,7 @@
 namespace host {
 
 ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& output,
-                           const std::function<Picture(Picture)>& transform) {
+                           const std::function<Picture(Picture, Outcome&)>& transform) {
     if (output.place.empty()) throw UsageError("-o is required");
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
     CheckPictureName("-o", output.place, pattern, output.extension, output.bits);
@@ -28,7 +28,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
         const auto reader = OpenPicture(input.path, files.maxPixels);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
-            sink.Add(transform(std::move(*page)));
+            sink.Add(transform(std::move(*page), outcome));
         }
         sink.Finish();
     });

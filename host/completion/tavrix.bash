@@ -4,11 +4,12 @@ _tavrix() {
     local word=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} choices
     local files='-r --recursive --files-from -j --jobs --max-pixels -q --quiet --skip-existing -h --help'
     local pictures='-o --output --name --format'
-    local findings='-m --mode --overlay --overlay-format'
+    local findings='-m --mode -v --verbose --scale --overlay --overlay-format'
     COMPREPLY=()
     case $last in
         -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
         --format | --overlay-format) choices='tif pdf png bmp pbm pgm ppm pnm jpg' ;;
+        --scale) choices='1 2 3 auto' ;;
         --op) choices='edge open close smooth sharpen dilate' ;;
         --code) choices='none right half left flip mirror-left' ;;
         --group) choices='text aligned' ;;
@@ -18,7 +19,7 @@ _tavrix() {
         choices='binarize compare card components lines trueline logo rotate turn pad morph modes --help --version'
     elif [[ -z $choices && $word == -* ]]; then
         case $command in
-            binarize) choices="$files $pictures -m --mode --blocks --despeckle" ;;
+            binarize) choices="$files $pictures -m --mode -v --verbose --scale --blocks --despeckle" ;;
             compare) choices="$files -o --output" ;;
             card) choices="$files $pictures $findings --join-pieces --split-wide" ;;
             components) choices="$files $findings --json --grow --noise --line-noise --group" ;;
@@ -26,9 +27,9 @@ _tavrix() {
             trueline) choices="$files $findings --json --join-pieces --split-wide" ;;
             logo) choices="$files $findings --json" ;;
             rotate) choices="$files $pictures -a --angle -c --counter-clockwise" ;;
-            turn) choices="$files $pictures -m --mode -b --block --code" ;;
-            pad) choices="$files $pictures -m --mode" ;;
-            morph) choices="$files $pictures -m --mode --op" ;;
+            turn) choices="$files $pictures -m --mode -v --verbose -b --block --code" ;;
+            pad) choices="$files $pictures -m --mode -v --verbose" ;;
+            morph) choices="$files $pictures -m --mode -v --verbose --op" ;;
             *) choices='-h --help' ;;
         esac
     fi

@@ -91,10 +91,21 @@ std::string Entry(const char* name, const std::string& value) {
     return std::string("<div><dt>") + name + "</dt><dd>" + value + "</dd></div>";
 }
 
+std::string NameOf(const Mode& mode) {
+    const std::string name(mode.name);
+    return mode.number < 0 ? name : std::to_string(mode.number) + " " + name;
+}
+
+std::string Remarks(const Conversion& conversion) {
+    std::string html;
+    if (conversion.choice) html += "<p>" + Escaped(Described(*conversion.choice)) + "</p>\n";
+    for (const std::string& warning : conversion.warnings) html += "<p>" + Escaped(warning) + "</p>\n";
+    return html;
+}
+
 std::string TrialFigure(const Trial& trial, const Resolution& resolution) {
-    return Figure(Format::kPng, {trial.bits.Copy(), resolution},
-                  std::to_string(trial.mode.number) + " " + std::string(trial.mode.name),
-                  "<p>" + std::string(trial.mode.suits) + "</p>\n<dl>" +
+    return Figure(Format::kPng, {trial.conversion.bits.Copy(), resolution}, NameOf(trial.mode),
+                  "<p>" + std::string(trial.mode.suits) + "</p>\n" + Remarks(trial.conversion) + "<dl>" +
                       Entry("black", Formatted("%.2f %%", 100 * trial.blackShare)) +
                       Entry("components", std::to_string(trial.components)) +
                       Entry("time", Formatted("%.1f ms", trial.milliseconds)) + "</dl>\n");
@@ -118,15 +129,16 @@ std::size_t CountComponents(const HostImage& bits) {
 ComparedPage ComparePage(Picture picture) {
     ComparedPage page{std::move(picture), {}};
     if (page.picture.image.BitCount() == 1) return page;
-    const double area = static_cast<double>(page.picture.image.Width()) * page.picture.image.Height();
-    for (const Mode& mode : kModes) {
+    std::vector<Mode> modes = {kAutomaticMode};
+    modes.insert(modes.end(), kModes.begin(), kModes.end());
+    for (const Mode& mode : modes) {
         HostImage copy = page.picture.image.Copy();  // gray pictures are worked on in place
         const auto start = std::chrono::steady_clock::now();
-        HostImage bits = Binarize(std::move(copy), mode);
+        Conversion conversion = ToBlackAndWhite(std::move(copy), {mode});
         const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
-        const double blackShare = static_cast<double>(CountBlack(bits)) / area;
-        const std::size_t components = CountComponents(bits);
-        page.trials.push_back({mode, std::move(bits), blackShare, components, spent.count()});
+        const double blackShare = BlackShare(conversion.bits);
+        const std::size_t components = CountComponents(conversion.bits);
+        page.trials.push_back({mode, std::move(conversion), blackShare, components, spent.count()});
     }
     return page;
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "operations/Modes.h"
+#include "automatic/Conversion.h"
 #include "picture/Picture.h"
 
 namespace host {
@@ -12,7 +12,7 @@ namespace host {
 // One page under one mode.
 struct Trial {
     Mode mode;
-    HostImage bits;
+    Conversion conversion;
     double blackShare;       // 0 to 1
     std::size_t components;  // 8-connected
     double milliseconds;     // of the binarization

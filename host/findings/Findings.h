@@ -44,4 +44,7 @@ struct Findings {
     std::optional<std::optional<Box>> logo;
 };
 
+// What was found on an enlarged picture, in pixels of the picture itself.
+Findings Reduced(Findings findings, int scale);
+
 }  // namespace host

@@ -57,9 +57,8 @@ Counts CountsOf(const std::vector<FoundBlock>& blocks) {
     return counts;
 }
 
-double BlackShare(const PageFacts& page) {
+double Rounded(double share) {
     constexpr double kDigits = 1e6;
-    const double share = static_cast<double>(page.black) / (static_cast<double>(page.width) * page.height);
     return std::round(share * kDigits) / kDigits;
 }
 
@@ -76,7 +75,10 @@ std::string ReportJson(const PageFacts& page, const Findings& findings) {
     json["resolution"] =
         page.resolution.IsKnown() ? Json{{"x", page.resolution.x}, {"y", page.resolution.y}} : Json(nullptr);
     json["mode"] = page.mode.empty() ? Json(nullptr) : Json(page.mode);
-    json["blackShare"] = BlackShare(page);
+    json["scale"] = page.scale;
+    if (page.confidence) json["confidence"] = Rounded(*page.confidence);
+    json["blackShare"] = Rounded(page.blackShare);
+    json["warnings"] = page.warnings;
     if (findings.blocks) {
         const Counts counts = CountsOf(*findings.blocks);
         json["counts"] = {

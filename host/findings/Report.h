@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "findings/Findings.h"
 #include "picture/Picture.h"
@@ -17,8 +19,11 @@ struct PageFacts {
     int width = 0;
     int height = 0;
     Resolution resolution;
-    std::string mode;        // of the binarization; empty for a page that was 1-bit
-    std::int64_t black = 0;  // pixels
+    std::string mode;                  // of the binarization; empty for a page that was 1-bit
+    double blackShare = 0;             // of the pixels of the 1-bit picture
+    int scale = 1;                     // of the 1-bit picture
+    std::optional<double> confidence;  // of the automatic mode
+    std::vector<std::string> warnings;
 };
 
 // One JSON object on one line (docs/command.md has the schema).

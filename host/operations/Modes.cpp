@@ -6,6 +6,7 @@
 namespace host {
 
 std::optional<Mode> FindMode(std::string_view text) {
+    if (text == kAutomaticMode.name) return kAutomaticMode;
     for (const Mode& mode : kModes) {
         if (text == mode.name || text == std::to_string(mode.number)) return mode;
     }

@@ -26,9 +26,10 @@ inline constexpr std::array<Mode, 9> kModes = {{
     {9, "sharp", "faint or blurred print: sharpened, then the region rule over the whole picture", false},
 }};
 
-inline constexpr int kDefaultMode = 5;
+// Not one of the library's: the command's own way through them (automatic/Automatic.h).
+inline constexpr Mode kAutomaticMode = {-1, "auto", "everything: evens out the light, turns light text dark, drops dirt; the default", false};
 
-// By number or name.
+// By number or name, the automatic one by name.
 std::optional<Mode> FindMode(std::string_view text);
 
 }  // namespace host

@@ -105,4 +105,8 @@ std::int64_t CountBlack(const HostImage& image) {
     return std::int64_t{image.Width()} * image.Height() - white;
 }
 
+double BlackShare(const HostImage& image) {
+    return static_cast<double>(CountBlack(image)) / (static_cast<double>(image.Width()) * image.Height());
+}
+
 }  // namespace host

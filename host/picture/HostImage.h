@@ -54,5 +54,7 @@ HostImage ToColour(const HostImage& image);
 
 // Black pixels of a 1-bit picture.
 std::int64_t CountBlack(const HostImage& image);
+// Their share of all pixels, 0 to 1.
+double BlackShare(const HostImage& image);
 
 }  // namespace host

@@ -33,7 +33,8 @@ class PictureCommandsTest(CommandTest):
 
     def test_modes(self):
         listed = self.succeed("modes").decode().splitlines()
-        self.assertEqual({int(line.split()[0]): line.split()[1] for line in listed}, MODES)
+        self.assertEqual(listed[0].split()[:2], ["-", "auto"])
+        self.assertEqual({int(line.split()[0]): line.split()[1] for line in listed[1:]}, MODES)
         self.assertTrue(all(len(line.split()) > 5 for line in listed), "each says what it suits")
         results = set()
         for number, name in MODES.items():
@@ -143,7 +144,7 @@ class FindingsTest(CommandTest):
         whole = box(0, 0, 8, 3)
         self.assertEqual(self.report("components", "--json", "-", stdin=pbm(BITS)), {
             "file": "-", "page": 1, "size": {"width": 9, "height": 4}, "resolution": None, "mode": None,
-            "blackShare": 0.138889, "counts": {"blocks": 1, "lines": 1, "components": 2},
+            "scale": 1, "blackShare": 0.138889, "warnings": [], "counts": {"blocks": 1, "lines": 1, "components": 2},
             "blocks": [{"box": whole, "lines": [{"box": whole, "components": [
                 {"box": box(6, 2, 6, 3), "pixels": 2}, {"box": box(1, 1, 2, 2), "pixels": 3}]}]}]})
         grown = self.report("components", "--json", "--grow", "2,1", "-", stdin=pbm(BITS))
@@ -157,10 +158,10 @@ class FindingsTest(CommandTest):
     def test_card(self):
         self.write("card.jpg", CARD.read_bytes())
         found = self.report("card", "card.jpg", "-o", "card.tif", "--overlay", "overlay.png")
-        self.assertEqual(list(found), ["file", "page", "size", "resolution", "mode", "blackShare", "counts", "blocks",
-                                       "lines", "trueLine", "logo"])
+        self.assertEqual(list(found), ["file", "page", "size", "resolution", "mode", "scale", "confidence",
+                                       "blackShare", "warnings", "counts", "blocks", "lines", "trueLine", "logo"])
         self.assertEqual((found["size"], found["resolution"], found["mode"]),
-                         ({"width": CARD_WIDTH, "height": CARD_HEIGHT}, {"x": 300, "y": 300}, "regions"))
+                         ({"width": CARD_WIDTH, "height": CARD_HEIGHT}, {"x": 300, "y": 300}, "auto"))
         self.assertTrue(0.01 < found["blackShare"] < 0.2)
         self.assertEqual(found["counts"]["blocks"], len(found["blocks"]))
         self.assertEqual(found["counts"]["components"],
@@ -203,9 +204,12 @@ class FindingsTest(CommandTest):
 
     def test_nothing_to_find(self):
         blank = pgm([[255] * 300] * 200)
-        found = self.report("card", "-", "-m", "otsu", stdin=blank)
+        done = self.run_command("card", "-", stdin=blank)
+        self.assertEqual((done.returncode, done.stderr), (0, b"tavrix: -: warning: the result is nearly blank\n"))
+        found = json.loads(done.stdout)
+        self.assertEqual((found["blackShare"], found["warnings"]), (0, ["the result is nearly blank"]))
         self.assertEqual((found["blocks"], found["lines"], found["trueLine"], found["logo"]), ([], [], None, None))
-        self.assertEqual(self.succeed("logo", "-", "-m", "otsu", stdin=blank), b"-: logo none\n")
+        self.assertEqual(self.run_command("logo", "-", stdin=blank).stdout, b"-: logo none\n")
 
 
 if __name__ == "__main__":

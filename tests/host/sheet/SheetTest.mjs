@@ -74,7 +74,7 @@ test("a card on a desk and on a telephone", async () => {
         await checkFits(page);
         await checkIsAccessible(page);
         const seen = await figures(page);
-        assert.deepEqual(seen.map(figure => figure.name.split(" ").at(-1)), ["original", ...MODES]);
+        assert.deepEqual(seen.map(figure => figure.name.split(" ").at(-1)), ["original", "auto", ...MODES]);
         for (const { name, isSeen, size, dark, numbers } of seen) {
             assert.deepEqual([isSeen, ...size], [true, CARD_WIDTH, CARD_HEIGHT], name);
             if (name === "original" || width === 360) continue;
@@ -114,7 +114,7 @@ test("several pages, one of them 1-bit", async () => {
     tavrix("compare", "pages.pnm", "-o", "./");
     const page = await open("pages.html", 360);
     assert.deepEqual((await figures(page)).map(figure => figure.numbers.length),
-                     [0, ...MODES.map(() => 3), 0, 0, ...MODES.map(() => 3)]);
+                     [0, 3, ...MODES.map(() => 3), 0, 0, 3, ...MODES.map(() => 3)]);
     assert.match(await page.innerText("section:nth-of-type(2)"), /^Page 2: 2 \u00d7 1 pixels\s+original\s+1 bit already/);
     await checkFits(page);
     await checkIsAccessible(page);

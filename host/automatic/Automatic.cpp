@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "automatic/Automatic.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <opencv2/imgproc.hpp>
+#include <utility>
+
+#include "automatic/AreaTree.h"
+#include "automatic/Ink.h"
+#include "automatic/Letters.h"
+#include "automatic/Levelling.h"
+#include "operations/Operations.h"
+#include "picture/Scaling.h"
+
+namespace host {
+namespace {
+
+constexpr int kSmallLetters = 20;  // pixels: below that twice the size reads better
+
+// Rows from the top, as the edges and the tree count them.
+cv::Mat TopDown(const HostImage& gray) {
+    const cv::Mat stored(gray.Height(), gray.Width(), CV_8UC1, gray.Record().bits, gray.RowBytes());
+    cv::Mat turned;
+    cv::flip(stored, turned, 0);
+    return turned;
+}
+
+// One pass over a gray picture.
+struct Pass {
+    AreaTree tree;
+    std::vector<bool> isLetter;
+    Ink ink;
+    int letterHeight;
+};
+
+Pass Read(const cv::Mat& gray, int letterHeight) {
+    const Levelled levelled = Level(gray, letterHeight);
+    HostImage even(gray.cols, gray.rows, 8);
+    for (int y = 0; y < gray.rows; ++y) std::copy_n(levelled.picture.ptr(y), gray.cols, even.TopRow(y));
+    const HostImage bits = Binarize(std::move(even), *FindMode("isodata"));
+    AreaTree tree(bits, levelled.edges.data, levelled.edges.step);
+    std::vector<bool> isLetter = FindLetters(tree);
+    Ink ink = ChooseInk(tree, isLetter);
+    const int height = TypicalHeight(tree, isLetter, ink.areas);
+    return {std::move(tree), std::move(isLetter), std::move(ink), height};
+}
+
+// The share of the ink that stands in rows of letters.
+double ShareInRows(const Pass& pass) {
+    std::int64_t all = 0;
+    std::int64_t inRows = 0;
+    for (std::size_t i = 0; i < pass.ink.areas.size(); ++i) {
+        if (!pass.ink.areas[i]) continue;
+        all += pass.tree.Areas()[i].pixels;
+        if (pass.isLetter[i]) inRows += pass.tree.Areas()[i].pixels;
+    }
+    return all == 0 ? 0 : static_cast<double>(inRows) / static_cast<double>(all);
+}
+
+}  // namespace
+
+std::string Described(const AutomaticChoice& choice) {
+    if (choice.wasBilevel) return "has two levels already, kept";
+    char share[32];
+    std::snprintf(share, sizeof share, "%.2f", choice.confidence);
+    return "evened out, then mode isodata; " +
+           (choice.letterHeight == 0
+                ? std::string("hardly any letters")
+                : "letters of about " + std::to_string(choice.letterHeight) + " pixels") +
+           ", " + std::to_string(choice.grounds) + " dark areas with light text turned, " +
+           std::to_string(choice.dropped) + " shadows, borders and specks dropped; confidence " + share;
+}
+
+AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
+    AutomaticChoice choice;
+    choice.scale = std::max(1, scale);
+    if (image.BitCount() == 1 && choice.scale == 1) {
+        choice.wasBilevel = true;
+        return {std::move(image), choice};
+    }
+    image = ToGray(std::move(image));
+    cv::Mat gray = TopDown(image);
+    Pass pass = Read(gray, 0);
+    choice.letterHeight = pass.letterHeight;
+    if (scale == 0 && pass.letterHeight != 0 && pass.letterHeight <= kSmallLetters) choice.scale = 2;
+    if (choice.scale != 1) gray = TopDown(Scaled(std::move(image), choice.scale));
+    if (pass.letterHeight != 0 || choice.scale != 1) pass = Read(gray, choice.scale * pass.letterHeight);
+    choice.grounds = pass.ink.grounds;
+    choice.dropped = DropDirt(pass.tree, pass.isLetter, pass.ink);
+    choice.confidence = ShareInRows(pass);
+    return {pass.tree.Paint(pass.ink.areas), choice};
+}
+
+}  // namespace host

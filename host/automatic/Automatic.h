@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "picture/HostImage.h"
+
+namespace host {
+
+// What the automatic mode found out and did.
+struct AutomaticChoice {
+    int scale = 1;            // the result's sides in those of the picture
+    int letterHeight = 0;     // the typical one, in pixels of the picture; 0 where there are hardly any
+    int grounds = 0;          // dark areas with light text, which came out dark on light
+    int dropped = 0;          // areas taken away: shadows, lid, specks
+    double confidence = 0;    // share of the black pixels that belong to letters in rows, 0 to 1
+    bool wasBilevel = false;  // the picture had two levels and kept them
+};
+
+// The same in plain words.
+std::string Described(const AutomaticChoice& choice);
+
+struct AutomaticResult {
+    HostImage bits;
+    AutomaticChoice choice;
+};
+
+// Black and white with as much of the text as can be had (docs/modes.md has the steps). scale: the
+// result's sides in those of the picture; 0: twice where the letters are small.
+AutomaticResult BinarizeAutomatically(HostImage image, int scale = 1);
+
+}  // namespace host

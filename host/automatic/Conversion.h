@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "automatic/Automatic.h"
+#include "operations/Modes.h"
+#include "picture/HostImage.h"
+
+namespace host {
+
+inline constexpr int kAutomaticScale = 0;
+
+// How pictures become black and white.
+struct ConversionOptions {
+    Mode mode = kAutomaticMode;
+    bool byBlocks = false;
+    int scale = 1;  // the result's sides in those of the picture, or kAutomaticScale
+};
+
+struct Conversion {
+    HostImage bits;
+    int scale = 1;
+    std::optional<AutomaticChoice> choice;  // of the automatic mode
+    std::vector<std::string> warnings;      // what may have got lost, in plain words
+};
+
+Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options);
+
+}  // namespace host
