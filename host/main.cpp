@@ -47,9 +47,9 @@ int main(int argc, char** argv) {
                "tavrix --help and tavrix COMMAND --help say more\n";
     });
     ExitCode code = kDone;
-    for (const auto add : {AddBinarizeCommand, AddCompareCommand, AddCardCommand, AddComponentsCommand,
-                           AddLinesCommand, AddTrueLineCommand, AddLogoCommand, AddRotateCommand,
-                           AddTurnCommand, AddPadCommand, AddMorphCommand}) {
+    for (const auto add : {AddScanCommand, AddBinarizeCommand, AddCompareCommand, AddCardCommand,
+                           AddComponentsCommand, AddLinesCommand, AddTrueLineCommand, AddLogoCommand,
+                           AddRotateCommand, AddTurnCommand, AddPadCommand, AddMorphCommand}) {
         add(app, code);
     }
     AddModesCommand(app);

@@ -7,6 +7,7 @@
 #include "commands/Commands.h"
 #include "commands/Convert.h"
 #include "commands/PictureCommand.h"
+#include "commands/Preparation.h"
 #include "operations/Operations.h"
 
 namespace host {
@@ -16,11 +17,13 @@ struct BinarizeOptions {
     FileOptions files;
     PictureOptions output;
     ConvertOptions convert;
+    Preparation preparation;
     std::vector<int> specks;  // largest width and height; empty: all stay
 };
 
 // The result's resolution follows its size.
 Picture Clean(Picture page, const BinarizeOptions& options, Outcome& outcome) {
+    page = Prepare(std::move(page), options.preparation, options.convert.isVerbose, outcome);
     Conversion conversion = Convert(std::move(page.image), options.convert, outcome);
     HostImage& bits = conversion.bits;
     if (!options.specks.empty()) bits = Despeckle(std::move(bits), {options.specks[0], options.specks[1]});
@@ -39,6 +42,11 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
     AddPictureOptions(command, options->output);
     AddModeOption(command, options->convert);
     AddScaleOption(command, options->convert);
+    AddResolutionOption(command, options->preparation);
+    StraightenOptions& straighten = options->preparation.straighten;
+    command.add_flag("--straighten", straighten.straightens,
+                     "Turn so that the text lines run level and upright");
+    command.add_flag("--crop", straighten.crops, "Cut to the card or sheet, and take away its perspective");
     command.add_flag("--blocks", options->convert.conversion.byBlocks,
                      "Treat the picture as one block in modes regions and lines");
     AddNumbersOption(command, "--despeckle", 2, "WIDTH,HEIGHT", options->specks,

@@ -17,6 +17,7 @@ void AddLogoCommand(CLI::App& app, ExitCode& code);
 void AddMorphCommand(CLI::App& app, ExitCode& code);
 void AddPadCommand(CLI::App& app, ExitCode& code);
 void AddRotateCommand(CLI::App& app, ExitCode& code);
+void AddScanCommand(CLI::App& app, ExitCode& code);
 void AddTrueLineCommand(CLI::App& app, ExitCode& code);
 void AddTurnCommand(CLI::App& app, ExitCode& code);
 void AddModesCommand(CLI::App& app);

@@ -32,7 +32,7 @@ void AddModeOption(CLI::App& command, ConvertOptions& options) {
                                           "Binarization mode, number or name (see tavrix modes)")
         ->type_name("MODE")
         ->default_str(std::string(kAutomaticMode.name));
-    command.add_flag("-v,--verbose", options.isVerbose, "Say what the automatic mode chose, and why");
+    command.add_flag("-v,--verbose", options.isVerbose, "Say what was done to every page, and why");
 }
 
 void AddScaleOption(CLI::App& command, ConvertOptions& options) {

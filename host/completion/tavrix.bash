@@ -5,6 +5,7 @@ _tavrix() {
     local files='-r --recursive --files-from -j --jobs --max-pixels -q --quiet --skip-existing -h --help'
     local pictures='-o --output --name --format'
     local findings='-m --mode -v --verbose --scale --overlay --overlay-format'
+    local clean='-m --mode -v --verbose --scale --dpi --despeckle'
     COMPREPLY=()
     case $last in
         -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
@@ -16,10 +17,11 @@ _tavrix() {
         *) ;;
     esac
     if [[ -z $choices && $COMP_CWORD -eq 1 ]]; then
-        choices='binarize compare card components lines trueline logo rotate turn pad morph modes --help --version'
+        choices='scan binarize compare card components lines trueline logo rotate turn pad morph modes --help --version'
     elif [[ -z $choices && $word == -* ]]; then
         case $command in
-            binarize) choices="$files $pictures -m --mode -v --verbose --scale --blocks --despeckle" ;;
+            scan) choices="$files $pictures $clean --no-straighten --no-crop" ;;
+            binarize) choices="$files $pictures $clean --straighten --crop --blocks" ;;
             compare) choices="$files -o --output" ;;
             card) choices="$files $pictures $findings --join-pieces --split-wide" ;;
             components) choices="$files $findings --json --grow --noise --line-noise --group" ;;

@@ -113,7 +113,7 @@ class HelpTest(CommandTest):
         script = SAMPLES.parent / "host/completion/tavrix.bash"
         words = f'source {script}; COMP_CWORD=2 COMP_WORDS=(tavrix "$0" -); _tavrix 2>/dev/null; echo "${{COMPREPLY[@]}}"'
         commands = re.findall(r"^  (\w+)  ", self.succeed("--help").decode().split("Subcommands:")[1], re.MULTILINE)
-        self.assertEqual(len(commands), 12)
+        self.assertEqual(len(commands), 13)
         options = set()
         for command in commands:
             listed = set(re.findall(r"(?:^  |,)(--?[a-z-]+)", self.succeed(command, "--help").decode(), re.MULTILINE))

@@ -47,10 +47,10 @@ class PdfTest(CommandTest):
         self.assertEqual(self.facts("card.pdf"), [(276, 182.4, "ccitt", 1150, 760)] * 2)
         self.succeed("rotate", "-a", "90", CARD, "-o", "turned.pdf")
         self.assertEqual(self.facts("turned.pdf"), [(182.4, 276, "jpeg", 760, 1150)])
-        self.write("long.pgm", pgm([[0] * 32000]))
+        self.write("long.pgm", pgm([[0, 255] * 16000]))
         self.write("small.png", encoded(Image.new("1", (200, 100)), "PNG", dpi=(72, 36)))
         for name, size in (("long.pgm", (7680, 3)), ("small.png", (200, 200))):
-            self.succeed("binarize", name, "-o", "out.pdf")
+            self.succeed("binarize", name, "-m", "otsu", "-o", "out.pdf")
             self.assertEqual(tuple(map(round, self.facts("out.pdf")[0][:2])), size)
 
     def test_failures(self):
