@@ -55,16 +55,27 @@ void DeleteBlockIfEmpty(ComponentStore& store, ComponentNode* block) {
     if (block->firstChild == nullptr) store::DeleteBlock(store, block);
 }
 
-// Truncated mean, over the sides of at least kDotSide; 0 when there are none.
-int MeanSide(const ComponentNode& line, int (*sideOf)(const ComponentNode&)) {
-    std::int64_t sum = 0, count = 0;
-    ForEachChild(line, [&](const ComponentNode* node) {
-        const int side = sideOf(*node);
+// Truncated mean of sides that are no dot's; 0 of none.
+struct MeanSide {
+    void Add(int side) {
         if (side < kDotSide) return;
         sum += side;
         ++count;
+    }
+    int Value() const { return count != 0 ? static_cast<int>(sum / count) : 0; }
+
+    std::int64_t sum = 0;
+    std::int64_t count = 0;
+};
+
+// The greater of a line's mean width and height: one stands in for the other when that has nothing to count.
+int GreaterMeanSide(const ComponentNode& line) {
+    MeanSide width, height;
+    ForEachChild(line, [&](const ComponentNode* node) {
+        width.Add(WidthOf(*node));
+        height.Add(HeightOf(*node));
     });
-    return count != 0 ? static_cast<int>(sum / count) : 0;
+    return std::max(width.Value(), height.Value());
 }
 
 bool IsSliver(const ComponentNode& node) {
@@ -131,8 +142,7 @@ void ComponentNoiseFilter::FilterLineNoise(ComponentStore& store) {
     ForEachBlock(store, [&](ComponentNode* block) {
         ForEachChild(*block, [&](ComponentNode* line) {
             if (line->firstChild == nullptr) return;
-            // One mean stands in for the other when that has nothing to count.
-            const int mean = std::max(MeanSide(*line, WidthOf), MeanSide(*line, HeightOf));
+            const int mean = GreaterMeanSide(*line);
             if (mean == 0) {
                 store::DeleteLine(store, line);
                 return;

@@ -6,7 +6,7 @@
 #include "image/Rect.h"
 #include "tavrix/tavrix.h"
 
-// Ways through a store's tree of blocks, lines and components, and the sizes that the rules compare.
+// Ways through a store's tree of blocks, lines and components, and the sizes of its nodes.
 namespace tavrix::store {
 
 // Unsigned 16-bit numbers, as Rect has them.

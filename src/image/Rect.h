@@ -16,7 +16,7 @@ struct Rect {
     std::int16_t x1 = 0;
     std::int16_t y1 = 0;  // largest row
 
-    // Columns and rows as the rules compare them: unsigned 16-bit numbers, whatever the order of the sides.
+    // Columns and rows. Sizes are compared as unsigned 16-bit numbers, whatever the order of the sides.
     int Width() const { return static_cast<std::uint16_t>(x1 - x0 + 1); }
     int Height() const { return static_cast<std::uint16_t>(y1 - y0 + 1); }
     std::int64_t Area() const { return std::int64_t{Width()} * Height(); }

@@ -9,8 +9,8 @@
 // All blocks are zeroed. Handles and addresses that name no block give null, 0 or nothing.
 namespace tavrix::platform {
 
-HGLOBAL AllocMovable(std::size_t bytes);  // GHND
-HGLOBAL AllocFixed(std::size_t bytes);    // GPTR: the handle is the address
+[[nodiscard]] HGLOBAL AllocMovable(std::size_t bytes);  // GHND
+[[nodiscard]] HGLOBAL AllocFixed(std::size_t bytes);    // GPTR: the handle is the address
 void* Lock(HGLOBAL handle);
 bool Unlock(HGLOBAL handle);  // true while locks remain or for a fixed block
 bool Free(HGLOBAL handle);    // false for a handle that is none

@@ -14,7 +14,7 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
 
     bool IsOpen() const { return file != kClosed; }
-    bool Write(const void* data, std::size_t bytes);
+    [[nodiscard]] bool Write(const void* data, std::size_t bytes);
 
   private:
     static constexpr void* kClosed = nullptr;
