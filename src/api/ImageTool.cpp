@@ -27,11 +27,27 @@
 namespace tavrix {
 namespace {
 
+constexpr std::uint16_t kSharpMethod = 9;
 constexpr float kSharpening = 10.0f;  // weight of the centre
 
 bool RefuseUnknownMode() {
     platform::ShowMessage(platform::kUnknownMode);
     return false;
+}
+
+// Null for an unknown method; 9 is method 5's other variant.
+std::unique_ptr<Binarizer> BinarizerOf(DibImage* image, std::uint16_t methodId) {
+    switch (methodId) {
+        case 0: return std::make_unique<OtsuBinarizer>(image);
+        case 1: return std::make_unique<PeakFitBinarizer>(image);
+        case 2: return std::make_unique<LocalContrastBinarizer>(image);
+        case 3: return std::make_unique<BernsenBinarizer>(image);
+        case 4: return std::make_unique<GradientBinarizer>(image);
+        case 5: return std::make_unique<EdgeRegionBinarizer>(image);
+        case 6: return std::make_unique<IsodataBinarizer>(image);
+        case 8: return std::make_unique<LineRegionBinarizer>(image);
+        default: return nullptr;
+    }
 }
 
 std::unique_ptr<ComponentGrouper> GrouperOf(const ImageTool& tool, std::uint32_t mode) {
@@ -52,34 +68,17 @@ ImageTool::ImageTool(DibImage* imageToWorkOn) : image(imageToWorkOn) {
 
 bool ImageTool::BinarizeByMethod(std::uint32_t methodId) {
     return Guarded(false, [&] {
-        switch (static_cast<std::uint16_t>(methodId)) {
-            case 0: return OtsuBinarizer(image).Binarize();
-            case 1: return PeakFitBinarizer(image).Binarize();
-            case 2: return LocalContrastBinarizer(image).Binarize();
-            case 3: return BernsenBinarizer(image).Binarize();
-            case 4: return GradientBinarizer(image).Binarize();
-            case 5: return EdgeRegionBinarizer(image).Binarize();
-            case 6: return IsodataBinarizer(image).Binarize();
-            case 8: return LineRegionBinarizer(image).Binarize();
-            case 9: return EdgeRegionBinarizer(image).BinarizeSharp();
-            default: return RefuseUnknownMode();
-        }
+        const auto id = static_cast<std::uint16_t>(methodId);
+        if (id == kSharpMethod) return EdgeRegionBinarizer(image).BinarizeSharp();
+        const auto binarizer = BinarizerOf(image, id);
+        return binarizer ? binarizer->Binarize() : RefuseUnknownMode();
     });
 }
 
 bool ImageTool::BinarizeByBlocks(std::uint32_t methodId) {
     return Guarded(false, [&] {
-        switch (static_cast<std::uint16_t>(methodId)) {
-            case 0: return OtsuBinarizer(image).BinarizeBlock();
-            case 1: return PeakFitBinarizer(image).BinarizeBlock();
-            case 2: return LocalContrastBinarizer(image).BinarizeBlock();
-            case 3: return BernsenBinarizer(image).BinarizeBlock();
-            case 4: return GradientBinarizer(image).BinarizeBlock();
-            case 5: return EdgeRegionBinarizer(image).BinarizeBlock();
-            case 6: return IsodataBinarizer(image).BinarizeBlock();
-            case 8: return LineRegionBinarizer(image).BinarizeBlock();
-            default: return RefuseUnknownMode();
-        }
+        const auto binarizer = BinarizerOf(image, static_cast<std::uint16_t>(methodId));
+        return binarizer ? binarizer->BinarizeBlock() : RefuseUnknownMode();
     });
 }
 

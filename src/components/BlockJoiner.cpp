@@ -122,26 +122,30 @@ class BlockJoiner {
             return kNotAligned;
         }
         const Rect shared = Intersection(a, b);
-        if (shared.x0 < shared.x1) {
-            const bool areAligned = AreAlike(a.Width(), b.Width(), shared.x1 - shared.x0, mean.w) &&
-                                    b.Width() <= kMaxAspect * b.Height() &&
-                                    a.Width() <= kMaxAspect * a.Height();
-            const int gap = std::abs(shared.y1 - shared.y0);
-            return areAligned && gap < kMaxGap * std::max(a.Width(), b.Width()) ? gap : kNotAligned;
+        const int columns = shared.x1 - shared.x0, rows = shared.y1 - shared.y0;
+        if (columns > 0) {
+            return GapIfAlike({a.Width(), a.Height()}, {b.Width(), b.Height()}, columns, std::abs(rows),
+                              mean.w);
         }
-        if (shared.y0 < shared.y1) {
-            const bool areAligned = AreAlike(a.Height(), b.Height(), shared.y1 - shared.y0, mean.h) &&
-                                    b.Height() <= kMaxAspect * b.Width() &&
-                                    a.Height() <= kMaxAspect * a.Width();
-            const int gap = std::abs(shared.x1 - shared.x0);
-            return areAligned && gap < kMaxGap * std::max(a.Height(), b.Height()) ? gap : kNotAligned;
+        if (rows > 0) {
+            return GapIfAlike({a.Height(), a.Width()}, {b.Height(), b.Width()}, rows, std::abs(columns),
+                              mean.h);
         }
         return kNotAligned;
     }
 
-    // Whether two sides that share so much are nearly the same.
-    static bool AreAlike(int a, int b, int overlap, int meanSize) {
-        return overlap > kMinOverlap * std::min(a, b) && std::max(a, b) - overlap < kMaxExcess * meanSize;
+    // A block's side along the other block and the one across.
+    struct Sides {
+        int along;
+        int across;
+    };
+    // The gap across which two blocks stand, where their sides along each other are nearly the same.
+    static int GapIfAlike(Sides a, Sides b, int overlap, int gap, int meanAlong) {
+        const int longer = std::max(a.along, b.along);
+        const bool areAligned = overlap > kMinOverlap * std::min(a.along, b.along) &&
+                                longer - overlap < kMaxExcess * meanAlong && gap < kMaxGap * longer &&
+                                a.along <= kMaxAspect * a.across && b.along <= kMaxAspect * b.across;
+        return areAligned ? gap : kNotAligned;
     }
 
     // Calls visit(position, gap) for the blocks aligned with block i: first those above and below it, then
