@@ -44,12 +44,12 @@ std::string ImagePart::Description() const {
     for (std::size_t band = 0; band < kBands; ++band) {
         const std::size_t from = BandStart(band, height);
         const std::size_t to = BandStart(band + 1, height);
-        if (from < to) bands += Digest().Bytes(&rows[from * rowBytes], (to - from) * rowBytes).Short();
+        if (from < to) bands += Digest().Bytes(rows.data() + from * rowBytes, (to - from) * rowBytes).Short();
         const std::size_t left = BandStart(band, rowBytes);
         const std::size_t right = BandStart(band + 1, rowBytes);
         if (left == right || height == 0) continue;
         Digest strip;
-        for (std::size_t y = 0; y < height; ++y) strip.Bytes(&rows[y * rowBytes + left], right - left);
+        for (std::size_t y = 0; y < height; ++y) strip.Bytes(rows.data() + y * rowBytes + left, right - left);
         strips += strip.Short();
     }
     const std::string size = std::to_string(header.biWidth) + "x" + std::to_string(header.biHeight) + "x" +
