@@ -48,6 +48,9 @@ if(TARGET tavrix_command)
   file(RELATIVE_PATH libdir_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(tavrix_command PROPERTIES
     INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
+  set_target_properties(tavrix_automatic PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(TARGETS tavrix_automatic LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES include/tavrix/automatic.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tavrix)
   install(TARGETS tavrix_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/tavrix.1.gz DEPENDS docs/tavrix.1
     COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/tavrix.1 >${PROJECT_BINARY_DIR}/tavrix.1.gz)

@@ -12,18 +12,20 @@ columns and rows counted from the top left.
     print(tavrix.card(gray).true_line)
 
 The module needs the shared library: the one named by the environment variable TAVRIX_LIBRARY, else one
-beside this file, built in this checkout or installed with this file, else the system's.
+beside this file, built in this checkout or installed with this file, else the system's. The automatic
+mode, which is used unless another one is named, needs libtavrixauto from the same place.
 """
 
 import contextlib
 import ctypes
 import ctypes.util
+import functools
 import os
 from typing import List, NamedTuple, Optional
 
 __all__ = ["Box", "Card", "Component", "Error", "MODES", "binarize", "card", "components"]
 
-#: Names of the binarization modes.
+#: Names of the library's binarization modes; "auto" stands beside them.
 MODES = {
     "local": 0, "otsu": 1, "midrange": 2, "peaks": 3, "gradient": 4,
     "regions": 5, "isodata": 6, "lines": 8, "sharp": 9,
@@ -250,18 +252,38 @@ def _pixels(dib, like):
     return b"".join(b"".join(_WHITE_AND_BLACK[byte] for byte in row)[:dib.width] for row in dib.rows())
 
 
+@functools.lru_cache(maxsize=None)
+def _automatic():
+    """The function of libtavrixauto, which lies beside the library unless the system finds it."""
+    name = "libtavrixauto.so.1"
+    beside = os.path.join(os.path.dirname(os.path.realpath(_library._name)), name)
+    try:
+        function = ctypes.CDLL(beside if os.path.exists(beside) else name).TavrixBinarizeAutomatically
+    except OSError as error:
+        raise Error(f"mode auto needs libtavrixauto ({error}); the other modes do not") from None
+    function.restype = ctypes.c_int32
+    function.argtypes = [ctypes.c_void_p, ctypes.POINTER(_Record), ctypes.c_int32, ctypes.POINTER(ctypes.c_double)]
+    return function
+
+
 def _mode(mode):
     if mode in MODES:
         return MODES[mode]
     if mode in MODES.values():
         return mode
-    raise ValueError(f"unknown mode {mode!r}: one of {', '.join(MODES)} or their numbers")
+    raise ValueError(f"unknown mode {mode!r}: one of auto, {', '.join(MODES)} or their numbers")
 
 
 def _binarized(picture, mode, width, height):
     dib = _dib_of(picture, width, height)
     record = _Record()
-    if _library.Binarized(dib.handle, record, _mode(mode)) != 1:
+    if dib.width == 0 or dib.height == 0 or dib.header[0].bit_count == 1:
+        mode = "isodata" if mode == "auto" else mode  # nothing to choose
+    if mode == "auto":
+        is_done = _automatic()(dib.handle, record, 1, None) == 1
+    else:
+        is_done = _library.Binarized(dib.handle, record, _mode(mode)) == 1
+    if not is_done:
         raise Error("the library refused the picture")
     return _Dib(_library.GlobalHandle(record.header))
 
@@ -309,17 +331,17 @@ def _components(dib):
                 for line in _lines(store) for node in _siblings(line.first_child)]
 
 
-def binarize(picture, mode="regions", width=None, height=None):
+def binarize(picture, mode="auto", width=None, height=None):
     """The picture in black and white: a bool array (True is white), or bytes of 0 and 255 for bytes."""
     return _pixels(_binarized(picture, mode, width, height), picture)
 
 
-def components(picture, mode="regions", width=None, height=None):
+def components(picture, mode="auto", width=None, height=None):
     """The 8-connected black components; a picture that is not bool is binarized first."""
     return _components(_binarized(picture, mode, width, height))
 
 
-def card(picture, mode="regions", width=None, height=None):
+def card(picture, mode="auto", width=None, height=None):
     """All that the library finds on a card."""
     dib = _binarized(picture, mode, width, height)
     options = _Options(_SELECT_ALL_LINES, 0, 0)

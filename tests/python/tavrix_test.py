@@ -25,6 +25,19 @@ class BinarizeTest(unittest.TestCase):
         data = tavrix.binarize(picture.tobytes(), "isodata", width=500, height=300)
         self.assertEqual(data, numpy.where(expected, 255, 0).astype(numpy.uint8).tobytes())
 
+    def test_chooses_by_itself(self):
+        picture = numpy.full((200, 400), 220, numpy.uint8)
+        picture[100:] = 30  # a dark band
+        marks = numpy.zeros(picture.shape, bool)
+        for x in range(20, 380, 20):
+            for y in (40, 140):
+                marks[y:y + 20, x:x + 4] = marks[y + 16:y + 20, x:x + 10] = True  # like an L
+        picture[marks] = 250 - picture[marks]
+        picture = (picture * numpy.linspace(1, 0.5, 400)).astype(numpy.uint8)  # in a shade
+        ink = ~tavrix.binarize(picture)
+        self.assertGreater(ink[marks].mean(), 0.9, "light marks on the dark band come out dark, too")
+        self.assertLess(ink[~marks].mean(), 0.05)
+
     def test_colour_goes_through_gray(self):
         picture = numpy.zeros((8, 5, 3), numpy.uint8)
         picture[:, :2] = (255, 255, 0)  # 226 in gray
