@@ -22,6 +22,8 @@ std::string Described(const AutomaticChoice& choice);
 
 struct AutomaticResult {
     HostImage bits;
+    HostImage letters;   // of the bits those areas that are letters in rows, or lie among them
+    HostImage pictures;  // the others; both empty where there are hardly any letters
     AutomaticChoice choice;
 };
 

@@ -57,6 +57,8 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.scale = result.choice.scale;
         conversion.choice = result.choice;
         conversion.bits = std::move(result.bits);
+        conversion.letters = std::move(result.letters);
+        conversion.pictures = std::move(result.pictures);
     } else {
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -41,17 +42,28 @@ void AddLineOptions(CLI::App& command, LineOptions& options) {
     command.add_flag("--split-wide", options.splitsWide, "Split components that hold several characters");
 }
 
+// Lines are looked for among letters where those are known, the logo among the rest.
+const HostImage& TextOf(const Conversion& page) {
+    return page.letters.Handle() != nullptr ? page.letters : page.bits;
+}
+
+std::optional<Box> FindLogoOf(const Conversion& page) {
+    std::optional<Box> logo;
+    if (page.pictures.Handle() != nullptr) logo = FindLogo(page.pictures);
+    return logo ? logo : FindLogo(page.bits);
+}
+
 // What a host does with a card: clean the components, group them, look for the main line and the logo.
-Findings FindAll(const HostImage& bits, const LineOptions& options) {
+Findings FindAll(const Conversion& page, const LineOptions& options) {
     ExtractOptions extract;
     extract.noise = {kSpeckSide, kSpeckSide};
     extract.filtersLineNoise = true;
     extract.grouping = kAlongText;
     Findings findings;
-    findings.blocks = FindComponents(bits, extract);
-    findings.lines = FindLines(bits, options.Grouping(true), 0);
-    findings.trueLine = FindTrueLine(bits, options.Grouping(false));
-    findings.logo = FindLogo(bits);
+    findings.blocks = FindComponents(page.bits, extract);
+    findings.lines = FindLines(TextOf(page), options.Grouping(true), 0);
+    findings.trueLine = FindTrueLine(TextOf(page), options.Grouping(false));
+    findings.logo = FindLogoOf(page);
     return findings;
 }
 
@@ -84,8 +96,8 @@ void AddComponentsCommand(CLI::App& app, ExitCode& code) {
             extract.growY = options->grow[1];
         }
         if (!options->noise.empty()) extract.noise = {options->noise[0], options->noise[1]};
-        code = RunAnalysisCommand(*options, [&extract](const HostImage& bits) {
-            return Findings{FindComponents(bits, extract), {}, {}, {}};
+        code = RunAnalysisCommand(*options, [&extract](const Conversion& page) {
+            return Findings{FindComponents(page.bits, extract), {}, {}, {}};
         });
     });
 }
@@ -98,9 +110,9 @@ void AddLinesCommand(CLI::App& app, ExitCode& code) {
     AddLineOptions(command, *options);
     command.add_flag("--from-left", options->fromLeft, "Measure a line from its leftmost component");
     command.callback([options, &code] {
-        code = RunAnalysisCommand(*options, [&options](const HostImage& bits) {
+        code = RunAnalysisCommand(*options, [&options](const Conversion& page) {
             const unsigned extra = options->fromLeft ? kMeasureFromLeft : 0;
-            return Findings{{}, FindLines(bits, options->Grouping(true), extra), {}, {}};
+            return Findings{{}, FindLines(TextOf(page), options->Grouping(true), extra), {}, {}};
         });
     });
 }
@@ -112,8 +124,8 @@ void AddTrueLineCommand(CLI::App& app, ExitCode& code) {
     AddJsonFlag(command, *options);
     AddLineOptions(command, *options);
     command.callback([options, &code] {
-        code = RunAnalysisCommand(*options, [&options](const HostImage& bits) {
-            return Findings{{}, {}, FindTrueLine(bits, options->Grouping(false)), {}};
+        code = RunAnalysisCommand(*options, [&options](const Conversion& page) {
+            return Findings{{}, {}, FindTrueLine(TextOf(page), options->Grouping(false)), {}};
         });
     });
 }
@@ -124,8 +136,8 @@ void AddLogoCommand(CLI::App& app, ExitCode& code) {
     AddAnalysisOptions(command, *options);
     AddJsonFlag(command, *options);
     command.callback([options, &code] {
-        code = RunAnalysisCommand(*options, [](const HostImage& bits) {
-            return Findings{{}, {}, {}, FindLogo(bits)};
+        code = RunAnalysisCommand(*options, [](const Conversion& page) {
+            return Findings{{}, {}, {}, FindLogoOf(page)};
         });
     });
 }
@@ -141,7 +153,7 @@ void AddCardCommand(CLI::App& app, ExitCode& code) {
     AddLineOptions(command, *options);
     command.callback([options, &code] {
         code = RunAnalysisCommand(*options,
-                                  [&options](const HostImage& bits) { return FindAll(bits, *options); });
+                                  [&options](const Conversion& page) { return FindAll(page, *options); });
     });
 }
 

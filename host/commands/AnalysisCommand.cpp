@@ -28,7 +28,7 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options) {
 }
 
 ExitCode RunAnalysisCommand(const AnalysisOptions& options,
-                            const std::function<Findings(const HostImage&)>& find) {
+                            const std::function<Findings(const Conversion&)>& find) {
     const PictureOptions& output = options.output;
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
     const std::string overlayPattern = kOverlayStem + options.overlayFormat;
@@ -71,7 +71,7 @@ ExitCode RunAnalysisCommand(const AnalysisOptions& options,
             facts.confidence.reset();
             if (conversion.choice && !facts.mode.empty()) facts.confidence = conversion.choice->confidence;
             facts.blackShare = BlackShare(conversion.bits);
-            const Findings findings = Reduced(find(conversion.bits), conversion.scale);
+            const Findings findings = Reduced(find(conversion), conversion.scale);
             outcome.text += options.wantsJson ? ReportJson(facts, findings) : ReportText(facts, findings);
             if (overlayNames.IsWanted()) overlaySink.Add({DrawOverlay(shown, findings), facts.resolution});
             bitsSink.Add({std::move(conversion.bits),

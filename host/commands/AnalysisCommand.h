@@ -24,6 +24,6 @@ void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options);
 
 // The run of a command that looks for something on 1-bit pages: read, binarize, find, report.
 ExitCode RunAnalysisCommand(const AnalysisOptions& options,
-                            const std::function<Findings(const HostImage&)>& find);
+                            const std::function<Findings(const Conversion&)>& find);
 
 }  // namespace host

@@ -142,6 +142,19 @@ const std::vector<Page> kPages = {
 INSTANTIATE_TEST_SUITE_P(, LostPagesTest, testing::ValuesIn(kPages),
                          [](const auto& page) { return page.param.name; });
 
+TEST(AutomaticTest, KeepsLettersAndPicturesApart) {
+    Drawing page;
+    WriteLines(page, 90, 1, 60);
+    const cv::Rect mark(520, 300, 120, 120);
+    cv::rectangle(page.gray, mark, cv::Scalar(60), 12);
+    const Conversion conversion = ToBlackAndWhite(ImageOf(page.gray), {});
+    const cv::Mat pictures = InkOf(conversion.pictures);
+    EXPECT_GE(Covered(page.glyphs, InkOf(conversion.letters)), 0.95);
+    EXPECT_GT(cv::countNonZero(pictures), 4000);
+    EXPECT_EQ(cv::boundingRect(pictures) | mark, cv::boundingRect(pictures));
+    EXPECT_EQ(cv::countNonZero(pictures & page.glyphs), 0);
+}
+
 TEST(AutomaticTest, BlankPagesStayBlank) {
     for (const double darkest : {1.0, 0.5}) {
         Drawing page;
