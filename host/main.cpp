@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <malloc.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -7,6 +9,8 @@
 #include <string>
 
 #include "batch/OutputNames.h"
+#include "batch/Printable.h"
+#include "batch/TemporaryNames.h"
 #include "commands/CommandNames.h"
 #include "commands/Commands.h"
 #include "picture/PictureReader.h"
@@ -27,15 +31,25 @@ void KeepMemory() {
     mallopt(M_MMAP_THRESHOLD, kMmapBytes);
 }
 
+// Files that are opened later must not get the numbers of the standard streams: messages would end up in
+// them. Using one that was closed still fails.
+void OccupyStandardStreams() {
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+        if (fcntl(number, F_GETFD) == -1) open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
 ExitCode Fail(const char* reason, ExitCode code) {
-    std::fprintf(stderr, "tavrix: %s\n", reason);
+    std::fprintf(stderr, "tavrix: %s\n", Printable(reason).c_str());
     return code;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    OccupyStandardStreams();
     KeepMemory();
+    RemoveTemporariesOnSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an output that cannot be written
     CLI::App app("Cleans scans of business cards and other small documents, and finds what is on them.",
                  "tavrix");
@@ -43,7 +57,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer(kExitCodes);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("tavrix: ") + error.what() + "\n" +
+        return "tavrix: " + Printable(error.what()) + "\n" +
                "tavrix --help and tavrix COMMAND --help say more\n";
     });
     ExitCode code = kDone;

@@ -19,7 +19,7 @@ namespace {
 
 class Run {
   public:
-    Run(const std::vector<Input>& allInputs, const JobOptions& options,
+    Run(const InputList& allInputs, const JobOptions& options,
         const std::function<void(const Input&, Outcome&)>& task)
         : inputs(allInputs), work(task), progress(allInputs.size(), options.isQuiet) {
         TavrixSetMessageHandler(PassMessage, this);
@@ -33,10 +33,22 @@ class Run {
         for (std::size_t i = next++; i < inputs.size() && !isCut; i = next++) WorkOn(i);
     }
 
+    // "n done, n skipped (not a picture), n failed", and what else was left out.
+    void Close() {
+        if (inputs.size() + inputs.notPictures + inputs.earlierOutputs < 2) return;
+        const auto count = [](std::size_t files, const char* what) { return std::to_string(files) + what; };
+        std::string line = "tavrix: " + count(done, " done, ");
+        if (skipped != 0) line += count(skipped, " skipped (done before), ");
+        if (inputs.earlierOutputs != 0)
+            line += count(inputs.earlierOutputs, " skipped (made by an earlier run), ");
+        progress.Close(line + count(inputs.notPictures, " skipped (not a picture), ") +
+                       count(failed, " failed"));
+    }
+
     ExitCode Code() const {
         if (isUnwritable) return kOutputUnwritable;
         if (!isAnyRead) return kNothingReadable;
-        return hasFailed ? kSomeFailed : kDone;
+        return failed != 0 ? kSomeFailed : kDone;
     }
 
   private:
@@ -62,10 +74,11 @@ class Run {
         isAnyRead |= outcome.isRead || outcome.isSkipped;
         for (const std::string& note : outcome.notes) progress.Say("tavrix: " + input.path + ": " + note);
         if (!reason.empty()) {
-            hasFailed = true;
+            ++failed;
             isUnwritable |= kind == PictureError::kUnwritable;
             progress.Say("tavrix: " + input.path + ": " + reason);
         }
+        if (reason.empty()) ++(outcome.isSkipped ? skipped : done);
         progress.Advance(input.path, !reason.empty() ? "failed" : outcome.isSkipped ? "skipped" : "done");
         waiting[index] = std::move(outcome.text);
         PassOnTexts();
@@ -94,7 +107,7 @@ class Run {
 
     static thread_local const Input* current;
 
-    const std::vector<Input>& inputs;
+    const InputList& inputs;
     const std::function<void(const Input&, Outcome&)>& work;
     std::mutex mutex;
     Progress progress;
@@ -103,7 +116,9 @@ class Run {
     std::map<std::size_t, std::string> waiting;
     std::size_t nextText = 0;
     bool isAnyRead = false;
-    bool hasFailed = false;
+    std::size_t done = 0;
+    std::size_t skipped = 0;
+    std::size_t failed = 0;
     bool isUnwritable = false;
 };
 
@@ -111,7 +126,7 @@ thread_local const Input* Run::current = nullptr;
 
 }  // namespace
 
-ExitCode RunJobs(const std::vector<Input>& inputs, const JobOptions& options,
+ExitCode RunJobs(const InputList& inputs, const JobOptions& options,
                  const std::function<void(const Input&, Outcome&)>& work) {
     Run run(inputs, options, work);
     const unsigned asked =
@@ -121,6 +136,7 @@ ExitCode RunJobs(const std::vector<Input>& inputs, const JobOptions& options,
     for (std::size_t i = 1; i < threadCount; ++i) threads.emplace_back([&run] { run.WorkThrough(); });
     run.WorkThrough();
     threads.clear();
+    run.Close();
     return run.Code();
 }
 

@@ -27,8 +27,9 @@ struct Outcome {
 
 // Runs work on every input, on several threads, and reports on standard error: failures always, each
 // with the file's name, and progress over several inputs (a bar on a terminal, lines elsewhere). Texts
-// go to standard output in the order of the inputs. work throws PictureError for a picture that failed.
-ExitCode RunJobs(const std::vector<Input>& inputs, const JobOptions& options,
+// go to standard output in the order of the inputs. A line with the counts closes a run over several. work
+// throws PictureError for a picture that failed.
+ExitCode RunJobs(const InputList& inputs, const JobOptions& options,
                  const std::function<void(const Input&, Outcome&)>& work);
 
 }  // namespace host

@@ -7,10 +7,12 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "batch/OutputFile.h"
 #include "picture/Picture.h"
 
 namespace fs = std::filesystem;
@@ -18,23 +20,56 @@ namespace fs = std::filesystem;
 namespace host {
 namespace {
 
-void Replace(std::string& text, std::string_view field, const std::string& value) {
-    for (std::size_t at = 0; (at = text.find(field, at)) != std::string::npos; at += value.size()) {
-        text.replace(at, field.size(), value);
+// The pattern with its fields replaced: valueOf gives the value of one, or nothing for an unknown name.
+template <typename ValueOf>
+std::optional<std::string> Filled(std::string_view pattern, const ValueOf& valueOf) {
+    std::string text;
+    while (!pattern.empty()) {
+        const std::size_t open = pattern.find_first_of("{}");
+        text += pattern.substr(0, open);
+        if (open == std::string_view::npos) break;
+        const std::size_t close = pattern.find('}', open);
+        if (close == std::string_view::npos) return std::nullopt;
+        const std::optional<std::string> value = valueOf(pattern.substr(open + 1, close - open - 1));
+        if (!value) return std::nullopt;
+        text += *value;
+        pattern.remove_prefix(close + 1);
     }
+    return text;
 }
 
 void CheckFields(const std::string& pattern, const std::string& option) {
-    std::string rest = pattern;
-    for (const char* field : {"{stem}", "{ext}", "{page}"}) Replace(rest, field, "");
-    if (rest.find_first_of("{}") != std::string::npos) {
-        throw UsageError(option + ": " + pattern + ": names may contain {stem}, {ext} and {page}");
+    const auto known = [](std::string_view field) {
+        const bool isKnown = field == "stem" || field == "ext" || field == "page" || field == "dir";
+        return isKnown ? std::optional<std::string>("") : std::nullopt;
+    };
+    if (!Filled(pattern, known)) {
+        throw UsageError(option + ": " + pattern + ": names may contain {stem}, {ext}, {dir} and {page}");
     }
+}
+
+// The folder of an input as {dir} puts it into names.
+std::string FolderName(const Input& input) {
+    if (!input.folder.empty()) return input.folder.string();
+    const fs::path folder = fs::path(input.path).parent_path().relative_path().lexically_normal();
+    if (!folder.empty() && *folder.begin() == "..") {
+        throw UsageError("{dir}: the folder of " + input.path +
+                         " leads upwards: --keep-tree FOLDER tells where the tree begins");
+    }
+    return folder.empty() ? "." : folder.string();
+}
+
+// What keeps the outputs of two inputs apart.
+std::string Remedy(const Input& a, const Input& b) {
+    const fs::path one = a.path, two = b.path;
+    if (one.lexically_normal() == two.lexically_normal()) return "name it once";
+    if (one.filename() == two.filename()) return "--keep-tree FOLDER keeps the folders of the inputs";
+    return "names with {ext} or {dir} keep them apart (--name '{stem}-{ext}.tif')";
 }
 
 }  // namespace
 
-OutputClaims::OutputClaims(const std::vector<Input>& inputs) {
+OutputClaims::OutputClaims(const std::vector<Input>& inputs, bool mayReplace) : isForced(mayReplace) {
     for (const Input& input : inputs) {
         struct stat facts = {};
         if (input.path != "-" && stat(input.path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode)) {
@@ -52,6 +87,10 @@ void OutputClaims::Claim(const std::string& path) {
     struct stat facts = {};
     const bool isDevice = path == "-" || (stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode));
     if (isDevice) return;
+    const bool isReadOnly =
+        facts.st_ino != 0 && ((facts.st_mode & 0222) == 0 || access(path.c_str(), W_OK) != 0);
+    if (isReadOnly && !isForced)
+        FailWriting("cannot write " + path + ": it is read-only (--force replaces it)");
     if (IsInput(path)) FailWriting("cannot write " + path + ": it is an input as well");
     const std::lock_guard lock(mutex);
     if (!claimed.insert(fs::path(path).lexically_normal().string()).second) {
@@ -68,11 +107,33 @@ OutputNames::OutputNames(std::string optionName, std::string placeGiven, std::st
 }
 
 std::string OutputNames::NameOf(const Input& input, std::size_t page) const {
-    std::string text = name;
-    Replace(text, "{page}", std::to_string(page));
-    Replace(text, "{ext}", input.Extension());
-    Replace(text, "{stem}", input.Stem());
-    return isFolder ? (fs::path(place) / input.folder / text).lexically_normal().string() : text;
+    bool hasFolder = false;
+    const auto valueOf = [&](std::string_view field) -> std::optional<std::string> {
+        if (field == "page") return std::to_string(page);
+        if (field == "ext") return input.Extension();
+        if (field == "stem") return input.Stem();
+        hasFolder = true;
+        return FolderName(input);
+    };
+    const std::string text = *Filled(name, valueOf);
+    if (!isFolder) return text;
+    return (fs::path(place) / (hasFolder ? fs::path() : input.folder) / text).lexically_normal().string();
+}
+
+bool OutputNames::IsDone(const Input& input, std::size_t page) const {
+    const std::string path = NameOf(input, page);
+    struct stat made = {}, source = {}, origin = {};
+    if (stat(path.c_str(), &made) != 0 || !input.problem.empty()) return false;
+    const bool hasSource = input.path != "-" && stat(input.path.c_str(), &source) == 0;
+    if (!hasSource) return true;
+    const std::string other = SourceOf(path);
+    if (!other.empty() && stat(other.c_str(), &origin) == 0 &&
+        (origin.st_dev != source.st_dev || origin.st_ino != source.st_ino)) {
+        FailWriting(path + " was made from " + other +
+                    ": --keep-tree FOLDER keeps the folders of the inputs");
+    }
+    return std::pair(made.st_mtim.tv_sec, made.st_mtim.tv_nsec) >
+           std::pair(source.st_mtim.tv_sec, source.st_mtim.tv_nsec);
 }
 
 void OutputNames::CheckFolder() const {
@@ -98,7 +159,7 @@ void OutputNames::CheckFolder() const {
     }
 }
 
-void OutputNames::Check(const std::vector<Input>& inputs, const OutputClaims& claims) const {
+void OutputNames::Check(std::span<const Input> inputs, const OutputClaims& claims) const {
     if (!IsWanted()) return;
     if (IsStandardOutput() && inputs.size() > 1) {
         throw UsageError(option + " -: standard output takes one picture, not " +
@@ -107,11 +168,12 @@ void OutputNames::Check(const std::vector<Input>& inputs, const OutputClaims& cl
     CheckFolder();
     std::map<std::string, const Input*> owners;
     for (const Input& input : inputs) {
+        if (!input.problem.empty()) continue;
         const std::string output = NameOf(input, 1);
         const auto [owner, isNew] = owners.emplace(fs::path(output).lexically_normal().string(), &input);
         if (!isNew) {
             throw UsageError(option + ": " + output + " would be written for both " + owner->second->path +
-                             " and " + input.path);
+                             " and " + input.path + ": " + Remedy(*owner->second, input));
         }
     }
     for (const auto& [output, owner] : owners) {

@@ -5,7 +5,7 @@
 
 #include <mutex>
 #include <set>
-#include <stdexcept>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,28 +14,24 @@
 
 namespace host {
 
-// A command line that cannot be carried out; nothing has been done.
-class UsageError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// Which files a run may write: no input, and none twice.
+// Which files a run may write: no input, none twice, and read-only ones only by force.
 class OutputClaims {
   public:
-    explicit OutputClaims(const std::vector<Input>& inputs);
+    OutputClaims(const std::vector<Input>& inputs, bool isForced);
     bool IsInput(const std::string& path) const;
     // Safe to use from several threads; throws PictureError.
     void Claim(const std::string& path);
 
   private:
     std::set<std::pair<dev_t, ino_t>> inputFiles;
+    bool isForced;
     std::set<std::string> claimed;
     std::mutex mutex;
 };
 
 // Where the results of one option go: a file, a folder with a pattern for the names in it, or "-".
-// In names, {stem} is the input's name without folder and extension, {ext} its extension and {page} the
-// page's number from 1 on.
+// In names, {stem} is the input's name without folder and extension, {ext} its extension, {dir} its folder
+// and {page} the page's number from 1 on.
 class OutputNames {
   public:
     // place: the option's value, empty when it was not given. pattern: names inside a folder.
@@ -46,10 +42,13 @@ class OutputNames {
     // Every page becomes a file of its own.
     bool IsByPage() const { return name.find("{page}") != std::string::npos; }
     std::string NameOf(const Input& input, std::size_t page) const;
+    // Whether the output is there and was made from this input: newer than it, and as far as can be told of
+    // its name. Throws PictureError when it was made from another one.
+    bool IsDone(const Input& input, std::size_t page) const;
 
     // Throws UsageError when there is no folder for the outputs, when those of several inputs would fall
     // on one name, or when one is an input.
-    void Check(const std::vector<Input>& inputs, const OutputClaims& claims) const;
+    void Check(std::span<const Input> inputs, const OutputClaims& claims) const;
 
   private:
     void CheckFolder() const;

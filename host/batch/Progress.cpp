@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include "batch/Printable.h"
+
 namespace host {
 namespace {
 
@@ -13,7 +15,7 @@ constexpr std::chrono::milliseconds kRedrawPause{100};
 
 }  // namespace
 
-Progress::Progress(std::size_t fileCount, bool isQuiet) : total(fileCount) {
+Progress::Progress(std::size_t fileCount, bool quiet) : isQuiet(quiet), total(fileCount) {
     style = isQuiet || fileCount < 2 ? kSilent : isatty(STDERR_FILENO) ? kBar : kLines;
 }
 
@@ -23,13 +25,18 @@ Progress::~Progress() {
 
 void Progress::Advance(const std::string& file, const std::string& what) {
     ++done;
-    if (style == kLines) std::fprintf(stderr, "%zu/%zu %s: %s\n", done, total, file.c_str(), what.c_str());
+    if (style == kLines)
+        std::fprintf(stderr, "%zu/%zu %s: %s\n", done, total, Printable(file).c_str(), what.c_str());
     if (style == kBar && Clock::now() - lastDrawn >= kRedrawPause) DrawBar();
 }
 
 void Progress::Say(const std::string& line) {
     ClearBar();
-    std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "%s\n", Printable(line).c_str());
+}
+
+void Progress::Close(const std::string& line) {
+    if (!isQuiet) Say(line);
 }
 
 void Progress::DrawBar() {

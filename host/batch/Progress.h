@@ -17,8 +17,10 @@ class Progress {
 
     // One more file is through.
     void Advance(const std::string& file, const std::string& what);
-    // A line that stays above the bar.
+    // A line that stays above the bar; control characters in it are spelled out.
     void Say(const std::string& line);
+    // The closing line of a run over many files.
+    void Close(const std::string& line);
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -26,6 +28,7 @@ class Progress {
     void DrawBar();
     void ClearBar();
 
+    bool isQuiet;
     enum { kSilent, kLines, kBar } style;
     std::size_t total;
     std::size_t done = 0;

@@ -33,10 +33,6 @@ struct LineOptions : AnalysisOptions {
     }
 };
 
-void AddJsonFlag(CLI::App& command, AnalysisOptions& options) {
-    command.add_flag("--json", options.wantsJson, "Report as JSON, one object a page on a line of its own");
-}
-
 void AddLineOptions(CLI::App& command, LineOptions& options) {
     command.add_flag("--join-pieces", options.joinsPieces, "Join side-by-side pieces of a line first");
     command.add_flag("--split-wide", options.splitsWide, "Split components that hold several characters");
@@ -73,7 +69,6 @@ void AddComponentsCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand("components", "Find connected components, and group them");
     const auto options = std::make_shared<ComponentsOptions>();
     AddAnalysisOptions(command, *options);
-    AddJsonFlag(command, *options);
     AddNumbersOption(command, "--grow", 2, "X,Y", options->grow,
                      "Widen every box by X columns and Y rows on each side");
     AddNumbersOption(command, "--noise", 2, "WIDTH,HEIGHT", options->noise,
@@ -97,7 +92,7 @@ void AddComponentsCommand(CLI::App& app, ExitCode& code) {
         }
         if (!options->noise.empty()) extract.noise = {options->noise[0], options->noise[1]};
         code = RunAnalysisCommand(*options, [&extract](const Conversion& page) {
-            return Findings{FindComponents(page.bits, extract), {}, {}, {}};
+            return Findings{FindComponents(page.bits, extract), {}, {}, {}, false};
         });
     });
 }
@@ -106,13 +101,12 @@ void AddLinesCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand("lines", "Find all text lines");
     const auto options = std::make_shared<LineOptions>();
     AddAnalysisOptions(command, *options);
-    AddJsonFlag(command, *options);
     AddLineOptions(command, *options);
     command.add_flag("--from-left", options->fromLeft, "Measure a line from its leftmost component");
     command.callback([options, &code] {
         code = RunAnalysisCommand(*options, [&options](const Conversion& page) {
             const unsigned extra = options->fromLeft ? kMeasureFromLeft : 0;
-            return Findings{{}, FindLines(TextOf(page), options->Grouping(true), extra), {}, {}};
+            return Findings{{}, FindLines(TextOf(page), options->Grouping(true), extra), {}, {}, false};
         });
     });
 }
@@ -121,11 +115,10 @@ void AddTrueLineCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand("trueline", "Find the main text line of a card");
     const auto options = std::make_shared<LineOptions>();
     AddAnalysisOptions(command, *options);
-    AddJsonFlag(command, *options);
     AddLineOptions(command, *options);
     command.callback([options, &code] {
         code = RunAnalysisCommand(*options, [&options](const Conversion& page) {
-            return Findings{{}, {}, FindTrueLine(TextOf(page), options->Grouping(false)), {}};
+            return Findings{{}, {}, FindTrueLine(TextOf(page), options->Grouping(false)), {}, false};
         });
     });
 }
@@ -134,10 +127,9 @@ void AddLogoCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand("logo", "Find the logo of a card");
     const auto options = std::make_shared<AnalysisOptions>();
     AddAnalysisOptions(command, *options);
-    AddJsonFlag(command, *options);
     command.callback([options, &code] {
         code = RunAnalysisCommand(*options, [](const Conversion& page) {
-            return Findings{{}, {}, {}, FindLogoOf(page)};
+            return Findings{{}, {}, {}, FindLogoOf(page), false};
         });
     });
 }
@@ -146,12 +138,10 @@ void AddCardCommand(CLI::App& app, ExitCode& code) {
     CLI::App& command = *app.add_subcommand(
         "card", "Everything on a card: 1-bit picture, blocks, lines, true line, logo as JSON");
     const auto options = std::make_shared<LineOptions>();
-    options->wantsJson = true;
-    options->output.bits = 1;
     AddAnalysisOptions(command, *options);
-    AddPictureOptions(command, options->output);
     AddLineOptions(command, *options);
     command.callback([options, &code] {
+        options->wantsJson |= options->jsonPlace.empty();
         code = RunAnalysisCommand(*options,
                                   [&options](const Conversion& page) { return FindAll(page, *options); });
     });

@@ -12,14 +12,15 @@ namespace host {
 
 struct AnalysisOptions {
     FileOptions files;
-    PictureOptions output;  // the 1-bit picture; only card offers it
+    PictureOptions output;  // the 1-bit picture
     ConvertOptions convert;
-    bool wantsJson = false;
+    bool wantsJson = false;  // on standard output
+    std::string jsonPlace;   // one file of JSON a picture
     std::string overlay;
     std::string overlayFormat = "jpg";  // in a folder
 };
 
-// Inputs, --mode and --overlay.
+// Inputs, --mode, -o, --json, --json-out and --overlay.
 void AddAnalysisOptions(CLI::App& command, AnalysisOptions& options);
 
 // The run of a command that looks for something on 1-bit pages: read, binarize, find, report.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -27,17 +26,17 @@ ExitCode Compare(const CompareOptions& options) {
         throw UsageError("-o " + options.place + ": the sheet is a page of HTML: name it .html");
     }
     if (names.IsByPage()) throw UsageError("-o: all pages of a picture share one sheet: {page} has no place");
-    const std::vector<Input> inputs = InputsOf(options.files);
-    OutputClaims claims(inputs);
+    const InputList inputs = InputsOf(options.files);
+    OutputClaims claims(inputs, options.files.isForced);
     names.Check(inputs, claims);
     return RunJobs(inputs, options.files.jobs, [&](const Input& input, Outcome& outcome) {
         const std::string path = names.NameOf(input, 1);
-        if (options.files.skipsExisting && path != "-" && std::filesystem::exists(path)) {
+        if (options.files.skipsExisting && path != "-" && names.IsDone(input, 1)) {
             outcome.isSkipped = true;
             return;
         }
         std::vector<ComparedPage> pages;
-        const auto reader = OpenPicture(input.path, options.files.maxPixels);
+        const auto reader = OpenInput(input, options.files);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             pages.push_back(ComparePage(std::move(*page)));
@@ -47,7 +46,7 @@ ExitCode Compare(const CompareOptions& options) {
         }
         const std::string sheet = ComposeSheet(input.path, pages);
         claims.Claim(path);
-        WriteWhole(path, {reinterpret_cast<const std::uint8_t*>(sheet.data()), sheet.size()});
+        WriteWhole(path, {reinterpret_cast<const std::uint8_t*>(sheet.data()), sheet.size()}, input.path);
     });
 }
 

@@ -32,7 +32,13 @@ void AddFileOptions(CLI::App& command, FileOptions& options) {
     command
         .add_option("--files-from", options.list, "Read names of inputs from a file, one a line, or from -")
         ->type_name("FILE");
+    command.add_flag("-0,--null", options.endsNamesWithNull,
+                     "Names in that list end with NUL, not with lines");
     command.add_flag("-r,--recursive", options.isRecursive, "Take all pictures in folders and below");
+    command
+        .add_option("--keep-tree", options.treeRoot,
+                    "Outputs keep the folders that their inputs have below this one")
+        ->type_name("FOLDER");
     command
         .add_option("-j,--jobs", options.jobs.threads, "Pictures to work on at the same time; 0: one a core")
         ->type_name("N")
@@ -43,7 +49,9 @@ void AddFileOptions(CLI::App& command, FileOptions& options) {
         ->check(CLI::Range(std::int64_t{1}, kMaxSide * kMaxSide))
         ->capture_default_str();
     command.add_flag("-q,--quiet", options.jobs.isQuiet, "No progress, only errors");
-    command.add_flag("--skip-existing", options.skipsExisting, "Leave out inputs whose output is there");
+    command.add_flag("--skip-existing", options.skipsExisting,
+                     "Leave out inputs whose output is there and newer");
+    command.add_flag("--force", options.isForced, "Replace outputs that are read-only");
 }
 
 void AddPictureOptions(CLI::App& command, PictureOptions& options) {
@@ -51,7 +59,7 @@ void AddPictureOptions(CLI::App& command, PictureOptions& options) {
         ->type_name("OUTPUT");
     command
         .add_option("--name", options.pattern,
-                    "Names in an output folder: {stem}, {ext} and {page} are filled in")
+                    "Names in an output folder: {stem}, {ext}, {dir} and {page} are filled in")
         ->type_name("PATTERN");
     AddFormatOption(command, "--format", options.extension, "Format in a folder and on standard output");
 }
@@ -114,8 +122,7 @@ PictureSink::~PictureSink() {
 }
 
 bool PictureSink::IsAllDone() const {
-    return !names.IsWanted() ||
-           (!names.IsStandardOutput() && !names.IsByPage() && fs::exists(names.NameOf(input, 1)));
+    return !names.IsWanted() || (!names.IsStandardOutput() && !names.IsByPage() && names.IsDone(input, 1));
 }
 
 void PictureSink::Add(Picture page) {
@@ -123,8 +130,7 @@ void PictureSink::Add(Picture page) {
     ++pageCount;
     pages.push_back(std::move(page));
     if (!names.IsByPage()) return;
-    const std::string path = names.NameOf(input, pageCount);
-    if (!skipsExisting || !fs::exists(path)) Write(path, pages);
+    if (!skipsExisting || !names.IsDone(input, pageCount)) Write(names.NameOf(input, pageCount), pages);
     pages.clear();
 }
 
@@ -137,7 +143,7 @@ void PictureSink::Write(const std::string& path, const std::vector<Picture>& pic
     const std::optional<Format> format = FormatOfName(IsStream(path) ? "x." + standardExtension : path);
     if (!format) FailWriting("cannot write " + path + ": the extension must be " + kFormatNames);
     claims.Claim(path);
-    WriteWhole(path, EncodePictures(*format, pictures, effort));
+    WriteWhole(path, EncodePictures(*format, pictures, effort), input.path);
 }
 
 void CheckPictureName(const std::string& option, const std::string& place, const std::string& pattern,
@@ -159,8 +165,13 @@ void CheckPictureName(const std::string& option, const std::string& place, const
     if (!reason.empty()) throw UsageError(what + ": " + reason);
 }
 
-std::vector<Input> InputsOf(const FileOptions& options) {
-    std::vector<Input> inputs = CollectInputs(options.names, options.list, options.isRecursive);
+std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options) {
+    if (!input.problem.empty()) FailReading(input.problem);
+    return OpenPicture(input.path, options.maxPixels);
+}
+
+InputList InputsOf(const FileOptions& options) {
+    InputList inputs = CollectInputs(options);
     if (inputs.empty()) throw UsageError("no inputs given");
     return inputs;
 }

@@ -9,15 +9,14 @@
 #include "batch/Jobs.h"
 #include "batch/OutputNames.h"
 #include "commands/PageCollection.h"
+#include "picture/PictureReader.h"
 #include "picture/PictureWriter.h"
 
 namespace host {
 
 // What every command that works on files takes.
-struct FileOptions {
-    std::vector<std::string> names;
-    std::string list;
-    bool isRecursive = false;
+struct FileOptions : InputOptions {
+    bool isForced = false;
     bool skipsExisting = false;
     std::int64_t maxPixels = kMaxPixels;
     JobOptions jobs;
@@ -89,6 +88,9 @@ void CheckPictureName(const std::string& option, const std::string& place, const
                       const std::string& standardExtension, int bits);
 
 // Inputs of a command, after the checks that come before any work. Throws UsageError, PictureError.
-std::vector<Input> InputsOf(const FileOptions& options);
+InputList InputsOf(const FileOptions& options);
+
+// Throws PictureError when the input was no file in the first place.
+std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options);
 
 }  // namespace host

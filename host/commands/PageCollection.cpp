@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "batch/OutputFile.h"
+#include "batch/Printable.h"
 
 namespace host {
 
@@ -23,11 +24,11 @@ ExitCode PageCollection::Finish(const std::string& path, OutputClaims& claims, E
         claims.Claim(path);
         WriteWhole(path, document.Finish());
     } catch (const PictureError& error) {
-        std::fprintf(stderr, "tavrix: %s\n", error.what());
+        std::fprintf(stderr, "tavrix: %s\n", Printable(error.what()).c_str());
         return kOutputUnwritable;
     }
     if (filled < inputs.size()) {
-        std::fprintf(stderr, "tavrix: %s: %zu of %zu inputs are missing in it\n", path.c_str(),
+        std::fprintf(stderr, "tavrix: %s: %zu of %zu inputs are missing in it\n", Printable(path).c_str(),
                      inputs.size() - filled, inputs.size());
     }
     return code;

@@ -2,6 +2,7 @@
 #include "commands/PictureCommand.h"
 
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "picture/PictureReader.h"
@@ -14,10 +15,10 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
     CheckPictureName("-o", output.place, pattern, output.extension, output.bits);
     const OutputNames names("-o", output.place, pattern);
-    const std::vector<Input> inputs = InputsOf(files);
-    OutputClaims claims(inputs);
+    const InputList inputs = InputsOf(files);
+    OutputClaims claims(inputs, files.isForced);
     const std::unique_ptr<PageCollection> collection = CollectionOf(output, files, inputs);
-    names.Check(collection ? std::vector{inputs.front()} : inputs, claims);
+    names.Check(std::span(inputs).first(collection ? 1 : inputs.size()), claims);
     const ExitCode code = RunJobs(inputs, files.jobs, [&](const Input& input, Outcome& outcome) {
         PictureSink sink(names, output.extension, input, claims, files.skipsExisting, Effort::kSmall,
                          collection.get());
@@ -25,7 +26,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
             outcome.isSkipped = true;
             return;
         }
-        const auto reader = OpenPicture(input.path, files.maxPixels);
+        const auto reader = OpenInput(input, files);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             sink.Add(transform(std::move(*page), outcome));

@@ -2,9 +2,9 @@
 # Completion of the tavrix command for bash.
 _tavrix() {
     local word=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} choices
-    local files='-r --recursive --files-from -j --jobs --max-pixels -q --quiet --skip-existing -h --help'
+    local files='-r --recursive --files-from -0 --null --keep-tree -j --jobs --max-pixels -q --quiet --skip-existing --force -h --help'
     local pictures='-o --output --name --format'
-    local findings='-m --mode -v --verbose --scale --overlay --overlay-format'
+    local findings='-m --mode -v --verbose --scale --json --json-out --overlay --overlay-format'
     local clean='-m --mode -v --verbose --scale --dpi --despeckle'
     COMPREPLY=()
     case $last in
@@ -24,10 +24,10 @@ _tavrix() {
             binarize) choices="$files $pictures $clean --straighten --crop --blocks" ;;
             compare) choices="$files -o --output" ;;
             card) choices="$files $pictures $findings --join-pieces --split-wide" ;;
-            components) choices="$files $findings --json --grow --noise --line-noise --group" ;;
-            lines) choices="$files $findings --json --join-pieces --split-wide --from-left" ;;
-            trueline) choices="$files $findings --json --join-pieces --split-wide" ;;
-            logo) choices="$files $findings --json" ;;
+            components) choices="$files $pictures $findings --grow --noise --line-noise --group" ;;
+            lines) choices="$files $pictures $findings --join-pieces --split-wide --from-left" ;;
+            trueline) choices="$files $pictures $findings --join-pieces --split-wide" ;;
+            logo) choices="$files $pictures $findings" ;;
             rotate) choices="$files $pictures -a --angle -c --counter-clockwise" ;;
             turn) choices="$files $pictures -m --mode -v --verbose -b --block --code" ;;
             pad) choices="$files $pictures -m --mode -v --verbose" ;;

@@ -42,6 +42,8 @@ struct Findings {
     std::optional<std::vector<FoundLine>> lines;
     std::optional<std::optional<Box>> trueLine;
     std::optional<std::optional<Box>> logo;
+    // The page has more components than the library's store holds: what lies beyond them was not seen.
+    bool isTruncated = false;
 };
 
 // What was found on an enlarged picture, in pixels of the picture itself.

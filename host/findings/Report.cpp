@@ -2,12 +2,19 @@
 #include "findings/Report.h"
 
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <nlohmann/json.hpp>
+
+#include "batch/Printable.h"
 
 namespace host {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr int kFormatVersion = 1;  // counts up when a key changes its meaning or goes
+constexpr char kCoordinates[] = "pixels of the picture as displayed, column 0 at the left, row 0 on top";
 
 Json JsonOf(const Box& box) {
     return {{"left", box.left}, {"top", box.top}, {"right", box.right}, {"bottom", box.bottom}};
@@ -62,6 +69,30 @@ double Rounded(double share) {
     return std::round(share * kDigits) / kDigits;
 }
 
+Json HeadOf(const PageFacts& page) {
+    return {
+        {"format", kFormatVersion}, {"coordinates", kCoordinates}, {"file", page.file}, {"page", page.page}};
+}
+
+// On one line, with the control characters spelled out that JSON leaves as they are.
+std::string LineOf(const Json& json) {
+    const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string line;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<std::uint8_t>(text[i]);
+        const auto second = static_cast<std::uint8_t>(i + 1 < text.size() ? text[i + 1] : 0);
+        char code[7];
+        if (byte == 0x7F || (byte == 0xC2 && second < 0xA0)) {
+            std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(byte == 0x7F ? byte : second));
+            line += code;
+            i += byte == 0xC2;
+        } else {
+            line += text[i];
+        }
+    }
+    return line + "\n";
+}
+
 std::string TextOf(const Box& box) {
     return std::to_string(box.left) + "," + std::to_string(box.top) + "," + std::to_string(box.right) + "," +
            std::to_string(box.bottom);
@@ -70,8 +101,8 @@ std::string TextOf(const Box& box) {
 }  // namespace
 
 std::string ReportJson(const PageFacts& page, const Findings& findings) {
-    Json json = {
-        {"file", page.file}, {"page", page.page}, {"size", {{"width", page.width}, {"height", page.height}}}};
+    Json json = HeadOf(page);
+    json["size"] = {{"width", page.width}, {"height", page.height}};
     json["resolution"] =
         page.resolution.IsKnown() ? Json{{"x", page.resolution.x}, {"y", page.resolution.y}} : Json(nullptr);
     json["mode"] = page.mode.empty() ? Json(nullptr) : Json(page.mode);
@@ -92,11 +123,23 @@ std::string ReportJson(const PageFacts& page, const Findings& findings) {
     }
     if (findings.trueLine) json["trueLine"] = JsonOf(*findings.trueLine);
     if (findings.logo) json["logo"] = JsonOf(*findings.logo);
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    if (findings.isTruncated) json["truncated"] = true;
+    return LineOf(json);
+}
+
+std::string ErrorJson(const PageFacts& page, const std::string& reason) {
+    Json json = HeadOf(page);
+    json["error"] = reason;
+    return LineOf(json);
+}
+
+bool HoldsError(std::string_view reports) {
+    return reports.find("\"error\":") != std::string_view::npos;  // inside of strings quotes have backslashes
 }
 
 std::string ReportText(const PageFacts& page, const Findings& findings) {
-    const std::string name = page.file + (page.page > 1 ? " page " + std::to_string(page.page) : "") + ": ";
+    const std::string name =
+        Printable(page.file) + (page.page > 1 ? " page " + std::to_string(page.page) : "") + ": ";
     std::string text;
     if (findings.blocks) {
         const Counts counts = CountsOf(*findings.blocks);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "findings/Findings.h"
@@ -28,6 +29,10 @@ struct PageFacts {
 
 // One JSON object on one line (docs/command.md has the schema).
 std::string ReportJson(const PageFacts& page, const Findings& findings);
+// The object in place of a page that failed.
+std::string ErrorJson(const PageFacts& page, const std::string& reason);
+// Whether reports hold such an object.
+bool HoldsError(std::string_view reports);
 // A few words a page, or a line of text for every text line.
 std::string ReportText(const PageFacts& page, const Findings& findings);
 

@@ -38,6 +38,9 @@ std::vector<FoundLine> CopyLines(const ComponentNode& block, const HostImage& im
             lines.back().components.push_back(
                 {BoxOf(component, image), hasPixels ? component.pixelCount : 0});
         }
+        std::stable_sort(
+            lines.back().components.begin(), lines.back().components.end(),
+            [](const FoundComponent& a, const FoundComponent& b) { return a.box.left < b.box.left; });
     }
     return lines;
 }
@@ -49,6 +52,12 @@ void Extract(const HostImage& image, Store& store, int growX = 0, int growY = 0)
 }
 
 }  // namespace
+
+bool ExceedsStore(const HostImage& image) {
+    Store store;
+    Extract(image, store);
+    return store.header().liveCount == TAVRIX_STORE_CAPACITY;
+}
 
 std::vector<FoundBlock> FindComponents(const HostImage& image, const ExtractOptions& options) {
     Store store;

@@ -49,6 +49,10 @@ struct ExtractOptions {
 // Components of at most this width and height never belong to print.
 inline constexpr int kSpeckSide = 2;
 
+// Whether the picture has more components than a store holds; the others are not seen by the operations
+// below.
+bool ExceedsStore(const HostImage& image);
+
 // The operations on components, each on 1-bit pictures and on a store of its own.
 std::vector<FoundBlock> FindComponents(const HostImage& image, const ExtractOptions& options);
 // extra: see Grouping.

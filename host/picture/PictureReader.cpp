@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -35,7 +36,6 @@ Kind KindOf(Bytes head) {
         std::pair("\x89PNG"sv, Kind::kPng), std::pair("\xFF\xD8\xFF"sv, Kind::kJpeg),
         std::pair("II*\0"sv, Kind::kTiff),  std::pair("MM\0*"sv, Kind::kTiff),
         std::pair("II+\0"sv, Kind::kTiff),  std::pair("MM\0+"sv, Kind::kTiff),
-        std::pair("BM"sv, Kind::kBmp),
     };
     for (const auto& [mark, kind] : kMarks) {
         if (StartsWith(head, mark)) return kind;
@@ -49,7 +49,14 @@ Kind KindOf(Bytes head) {
             if (StartsWith(head.subspan(8), brand)) return Kind::kHeif;
         }
     }
-    if (head.size() > 2 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6') return Kind::kPnm;
+    // Two letters alone start many a text: the size of the header, or the number that follows, must fit.
+    if (StartsWith(head, "BM") && (head.size() < 18 || LittleEndian(head, 14, 4) < 256)) return Kind::kBmp;
+    if (head.size() > 2 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6' &&
+        (std::isspace(head[2]) || head[2] == '#')) {
+        const auto first =
+            std::find_if_not(head.begin() + 2, head.end(), [](int c) { return std::isspace(c); });
+        if (first != head.end() && (std::isdigit(*first) || *first == '#')) return Kind::kPnm;
+    }
     return Kind::kUnknown;
 }
 
@@ -96,9 +103,9 @@ std::uint32_t LittleEndian(Bytes bytes, std::size_t at, std::size_t size) {
 }
 
 bool LooksLikePicture(const std::string& path) {
-    std::array<std::uint8_t, 16> head;
+    std::array<std::uint8_t, 32> head;
     const File file(std::fopen(path.c_str(), "rb"), std::fclose);
-    return file &&
+    return !file ||
            KindOf({head.data(), std::fread(head.data(), 1, head.size(), file.get())}) != Kind::kUnknown;
 }
 

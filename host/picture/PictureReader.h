@@ -49,7 +49,7 @@ std::unique_ptr<PictureReader> ReadHeifPages(std::vector<std::uint8_t> bytes, st
 // path: a file, or "-" for standard input.
 std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels);
 
-// Whether the file starts like one of the formats; false for what cannot be read.
+// Whether the file starts like one of the formats; true as well for what cannot be read, which is to be told.
 bool LooksLikePicture(const std::string& path);
 
 // The number of a field of a file, most or least significant byte first.

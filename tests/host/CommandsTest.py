@@ -116,7 +116,7 @@ class HelpTest(CommandTest):
         self.assertEqual(len(commands), 13)
         options = set()
         for command in commands:
-            listed = set(re.findall(r"(?:^  |,)(--?[a-z-]+)", self.succeed(command, "--help").decode(), re.MULTILINE))
+            listed = set(re.findall(r"(?:^  |,)(--?[a-z0-9-]+)", self.succeed(command, "--help").decode(), re.MULTILINE))
             completed = subprocess.run(["bash", "-c", words, command], capture_output=True, text=True).stdout
             self.assertEqual(set(completed.split()), listed, command)
             options |= listed
@@ -143,13 +143,14 @@ class FindingsTest(CommandTest):
         box = lambda l, t, r, b: {"left": l, "top": t, "right": r, "bottom": b}
         whole = box(0, 0, 8, 3)
         self.assertEqual(self.report("components", "--json", "-", stdin=pbm(BITS)), {
+            "format": 1, "coordinates": "pixels of the picture as displayed, column 0 at the left, row 0 on top",
             "file": "-", "page": 1, "size": {"width": 9, "height": 4}, "resolution": None, "mode": None,
             "scale": 1, "blackShare": 0.138889, "warnings": [], "counts": {"blocks": 1, "lines": 1, "components": 2},
             "blocks": [{"box": whole, "lines": [{"box": whole, "components": [
-                {"box": box(6, 2, 6, 3), "pixels": 2}, {"box": box(1, 1, 2, 2), "pixels": 3}]}]}]})
+                {"box": box(1, 1, 2, 2), "pixels": 3}, {"box": box(6, 2, 6, 3), "pixels": 2}]}]}]})
         grown = self.report("components", "--json", "--grow", "2,1", "-", stdin=pbm(BITS))
         self.assertEqual([c["box"] for c in grown["blocks"][0]["lines"][0]["components"]],
-                         [box(4, 1, 8, 3), box(0, 0, 4, 3)])
+                         [box(0, 0, 4, 3), box(4, 1, 8, 3)])
         self.assertEqual(self.succeed("components", "--noise", "1,2", "-", stdin=pbm(BITS)),
                          b"-: 1 blocks, 1 lines, 1 components\n")
         pages = self.succeed("components", "--json", "-", stdin=pbm(BITS) + pbm(BITS))
@@ -158,7 +159,7 @@ class FindingsTest(CommandTest):
     def test_card(self):
         self.write("card.jpg", CARD.read_bytes())
         found = self.report("card", "card.jpg", "-o", "card.tif", "--overlay", "overlay.png")
-        self.assertEqual(list(found), ["file", "page", "size", "resolution", "mode", "scale", "confidence",
+        self.assertEqual(list(found), ["format", "coordinates", "file", "page", "size", "resolution", "mode", "scale", "confidence",
                                        "blackShare", "warnings", "counts", "blocks", "lines", "trueLine", "logo"])
         self.assertEqual((found["size"], found["resolution"], found["mode"]),
                          ({"width": CARD_WIDTH, "height": CARD_HEIGHT}, {"x": 300, "y": 300}, "auto"))

@@ -42,7 +42,7 @@ class InputTest(CommandTest):
             "truncated.pgm": (GRAY[:-1], "PNM: the file is cut short"),
             "head.pgm": (b"P5 4", "PNM: the file is cut short"),
             "lying.pgm": (b"P5 16000 16000 255\n" + bytes(99), "PNM: the file is cut short"),
-            "words.ppm": (b"P6 four 4 255\n", "PNM: the file is damaged"),
+            "words.ppm": (b"P6 4 four 255\n", "PNM: the file is damaged"),
             "large.png": (png(SIDE, 1, 1, 0, [bytes(SIDE // 8)]), "40000 x 1 pixels: sides must be"),
             "large.bmp": (bmp(1, SIDE, 1, [bytes(4 * SIDE)], [(0,) * 3, (1,) * 3]), "1 x 40000 pixels"),
             "large.tif": (retag(good_tiff, 256, SIDE), "40000 x 8 pixels"),
