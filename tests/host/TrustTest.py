@@ -55,7 +55,7 @@ class NamesTest(CommandTest):
         self.folder.chmod(0o755)
         (self.folder / "out").mkdir()
         (self.folder / "out").chmod(0o777)
-        result = self.fail_with(1, "in/damaged.jpg: is not a PNG", "binarize", "-r", "in", "", "-o", "out/", "-j", "2",
+        result = self.fail_with(1, "in/damaged.jpg: is not a picture", "binarize", "-r", "in", "", "-o", "out/", "-j", "2",
                                 **({"user": 65534} if os.getuid() == 0 else {}))
         self.assertIn(b"tavrix: in/locked: Permission denied\n", result.stderr)
         self.assertIn(b"the name is empty\n", result.stderr)
