@@ -9,7 +9,7 @@ set(tables 0)
 foreach(line IN LISTS lines)
   if(line MATCHES " [RD] _ZN6tavrix[0-9]+[A-Za-z]+Kernels4avx2E$")
     math(EXPR tables "${tables} + 1")
-  else()
+  elseif(NOT line MATCHES " T __x86\\.get_pc_thunk\\.[a-z]+$")  # of 32-bit code: no vector instructions
     message(SEND_ERROR "defined at AVX2 level: ${line}")
   endif()
 endforeach()

@@ -11,8 +11,6 @@ export PATH=${tavrix%/*}:$PATH
 recipe() { sed -n "/^## $1/,/^## /p" "$source_dir/docs/scaling.md" | sed -n '/^```sh$/,/^```$/p' | sed '1d;$d'; }
 
 make_scans() {
-    # Without it pictures of one name fall on one output.
-    "$tavrix" binarize --help | grep -e --keep-tree >/dev/null || { echo 'skipped: this command has no --keep-tree'; exit 0; }
     mkdir -p "$work"/scans/{a,b}
     cp "$source_dir/samples/card-colour.jpg" "$work/scans/a/card.jpg"
     "$tavrix" rotate -a 180 "$work/scans/a/card.jpg" --format jpg -o - >"$work/scans/b/card.jpg"
