@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """How many printed words an OCR program still reads after tavrix has made a picture black and white.
 
-    words_found.py FOLDER [--tavrix PROGRAM] [--jobs N] ["OPTIONS OF tavrix binarize" ...]
+    words_found.py FOLDER [--tavrix PROGRAM] [--jobs N] [--only="OPTIONS OF tavrix binarize"]...
 
 FOLDER holds pictures and words.tsv, with a row for each of them: file name, Tesseract's language, dots per
 inch and all printed words, parted by tabs. Prints a table with a row for the pictures as they are, for every
@@ -73,7 +73,7 @@ def row(label, results, groups):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("folder", type=pathlib.Path)
-    parser.add_argument("options", nargs="*")
+    parser.add_argument("--only", action="append", metavar="OPTIONS", help="a row for these options; may stand several times")
     parser.add_argument("--tavrix", default="tavrix")
     parser.add_argument("--jobs", type=int, default=1)
     arguments = parser.parse_args()
@@ -87,7 +87,7 @@ def main():
         expected[name.split("-")[0]] += counted(text.split()).total()
     heads = [f"{group} /{expected[group]}" for group in groups] + [f"all /{expected.total()}"]
     print(f"| options | {' | '.join(heads)} | precision | mean of pictures |\n|---|{'---|' * (len(groups) + 3)}", flush=True)
-    for options in arguments.options or [None, *ALL]:
+    for options in arguments.only or [None, *ALL]:
         with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
             results = list(pool.map(lambda entry: measure(entry, folder, options, arguments.tavrix), entries))
         label = "the pictures as they are" if options is None else f"`{options}`" if options else "none: `auto`"
