@@ -54,6 +54,8 @@ class BlockJoiner {
           mean(meanSize),
           blocks(BlocksOf(target)),
           index(blocks.size(), [this](std::size_t i) { return RectOf(*blocks[i]); }),
+          rightEdges(blocks.size(), [this](std::size_t i) { return RightEdge(RectOf(*blocks[i])); }),
+          upperEdges(blocks.size(), [this](std::size_t i) { return UpperEdge(RectOf(*blocks[i])); }),
           alignTurns(blocks.size(), true),
           laterAlignTurns(blocks.size(), false),
           touchTurns(blocks.size(), true),
@@ -148,21 +150,40 @@ class BlockJoiner {
         return areAligned ? gap : kNotAligned;
     }
 
+    // The edges by which aligned blocks find each other. A box whose side of 65,536 pixels counts as 0 may be
+    // aligned with any, so all of it stands for the edge.
+    static Rect RightEdge(const Rect& box) {
+        Rect edge = Ordered(box);
+        if (edge.Width() != 0) edge.x0 = edge.x1;
+        return edge;
+    }
+    static Rect UpperEdge(const Rect& box) {
+        Rect edge = Ordered(box);
+        if (edge.Height() != 0) edge.y0 = edge.y1;
+        return edge;
+    }
+
     // Calls visit(position, gap) for the blocks aligned with block i: first those above and below it, then
     // those beside it, each in list order, where its own shape allows any. The size rule bounds the gap: the
-    // longer of two sides is below the shorter one + kMaxExcess mean sizes.
+    // longer of two sides is below the shorter one + kMaxExcess mean sizes. By the same rule their edges are
+    // less than kMaxExcess mean sizes apart.
     template <class Visit>
     void ForEachAligned(int i, Visit visit) const {
         const int w = boxes[i].Width(), h = boxes[i].Height();
-        const auto visitIn = [&](const Rect& area) {
-            for (int k = index.Next(0, area); k < index.Count(); k = index.Next(k + 1, area)) {
+        const auto visitIn = [&](const BoxIndex& edges, const Rect& area) {
+            for (int k = edges.Next(0, area); k < edges.Count(); k = edges.Next(k + 1, area)) {
                 if (k == i) continue;
                 const int gap = AlignedGap(boxes[i], boxes[k]);
                 if (gap != kNotAligned) visit(k, gap);
             }
         };
-        if (w <= kMaxAspect * h) visitIn(Extended(boxes[i], 0, kMaxGap * (w + kMaxExcess * mean.w)));
-        if (h <= kMaxAspect * w) visitIn(Extended(boxes[i], kMaxGap * (h + kMaxExcess * mean.h), 0));
+        const int excessW = kMaxExcess * mean.w, excessH = kMaxExcess * mean.h;
+        if (w <= kMaxAspect * h) {
+            visitIn(rightEdges, Extended(RightEdge(boxes[i]), excessW, kMaxGap * (w + excessW)));
+        }
+        if (h <= kMaxAspect * w) {
+            visitIn(upperEdges, Extended(UpperEdge(boxes[i]), kMaxGap * (h + excessH), excessH));
+        }
     }
 
     // The first of the nearest aligned blocks in list order, or -1.
@@ -184,8 +205,12 @@ class BlockJoiner {
         boxes[i] = RectOf(*into);
         SetRect(*blocks[i], boxes[i]);
         index.Set(i, boxes[i]);
+        rightEdges.Set(i, RightEdge(boxes[i]));
+        upperEdges.Set(i, UpperEdge(boxes[i]));
         store::DeleteBlock(store, blocks[k]);
         index.Remove(k);
+        rightEdges.Remove(k);
+        upperEdges.Remove(k);
         blocks[k] = nullptr;
     }
 
@@ -194,6 +219,8 @@ class BlockJoiner {
     std::vector<ComponentNode*> blocks;  // in list order; null for those taken in
     std::vector<Rect> boxes;
     BoxIndex index;
+    BoxIndex rightEdges;
+    BoxIndex upperEdges;
     PositionSet alignTurns;  // blocks that may be aligned with another one
     PositionSet laterAlignTurns;
     PositionSet touchTurns;  // blocks that may touch a later one
