@@ -25,7 +25,9 @@ bool OverlapsByRatio(const SmearedBox& a, const SmearedBox& b) {
     if (!OverlapsOrLiesIn(a, b)) return false;
     const Rect shared = Intersection(a, b);
     const double area = double(shared.y1 - shared.y0 + 1) * (shared.x1 - shared.x0 + 1);
-    return area / static_cast<double>(std::min(a.Area(), b.Area())) > kMinOverlapShare;
+    const std::int64_t smaller = std::min(a.Area(), b.Area());
+    if (smaller == 0) return area > 0;  // a side of 65,536 pixels, or of none, counts as 0
+    return area / static_cast<double>(smaller) > kMinOverlapShare;
 }
 
 }  // namespace
