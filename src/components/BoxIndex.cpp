@@ -1,109 +1,96 @@
 // SPDX-License-Identifier: MIT
 #include "components/BoxIndex.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
-#include <bit>
+#include <climits>
+#include <cstdint>
+#include <new>
+#include <utility>
+#include <vector>
 
 namespace tavrix {
 namespace {
 
-// Meets nothing and widens nothing.
-constexpr Rect kNoBox{INT16_MAX, INT16_MAX, INT16_MIN, INT16_MIN};
+// Nodes that a search may look at. Where many boxes meet the area the list leads to one of them within few
+// nodes; where few do, so do the places.
+constexpr int kListSteps = 64;
+constexpr int kPlaceSteps = 512;  // beyond these the list is searched to its end
 
-// Bit i: lane i has x0 <= area.x1, x1 >= area.x0 and the same for rows.
-template <class Node>
-unsigned LanesMeeting(const Node& node, const Rect& area) {
-    const auto load = [](const std::int16_t* lanes) {
-        return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
-    };
-    const __m128i missX = _mm_or_si128(_mm_cmpgt_epi16(load(node.x0), _mm_set1_epi16(area.x1)),
-                                       _mm_cmplt_epi16(load(node.x1), _mm_set1_epi16(area.x0)));
-    const __m128i missY = _mm_or_si128(_mm_cmpgt_epi16(load(node.y0), _mm_set1_epi16(area.y1)),
-                                       _mm_cmplt_epi16(load(node.y1), _mm_set1_epi16(area.y0)));
-    const __m128i miss = _mm_or_si128(missX, missY);
-    return ~static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(miss, miss))) & 0xFF;
+// The number's bits, each followed by a zero.
+std::uint32_t Spread(std::uint32_t bits) {
+    bits = (bits | bits << 8) & 0x00FF00FF;
+    bits = (bits | bits << 4) & 0x0F0F0F0F;
+    bits = (bits | bits << 2) & 0x33333333;
+    return (bits | bits << 1) & 0x55555555;
 }
 
-template <class Node>
-void SetLane(Node& node, std::size_t lane, const Rect& box) {
-    node.x0[lane] = box.x0;
-    node.y0[lane] = box.y0;
-    node.x1[lane] = box.x1;
-    node.y1[lane] = box.y1;
+// Places along a curve that stays within each quarter of the page, and each quarter of it, before the next.
+std::uint32_t PlaceOf(const Rect& box) {
+    const auto x = static_cast<std::uint32_t>((box.x0 + box.x1 + 65536) / 2);
+    const auto y = static_cast<std::uint32_t>((box.y0 + box.y1 + 65536) / 2);
+    return Spread(x) | Spread(y) << 1;
 }
 
-template <class Node>
-Rect BoundsOf(const Node& node) {
-    Rect box = kNoBox;
-    for (const std::int16_t side : node.x0) box.x0 = std::min(box.x0, side);
-    for (const std::int16_t side : node.y0) box.y0 = std::min(box.y0, side);
-    for (const std::int16_t side : node.x1) box.x1 = std::max(box.x1, side);
-    for (const std::int16_t side : node.y1) box.y1 = std::max(box.y1, side);
-    return box;
+std::vector<int> OrderOfPlaces(const BoxTree& list) {
+    std::vector<std::pair<std::uint32_t, int>> places(static_cast<std::size_t>(list.Count()));
+    for (int i = 0; i < list.Count(); ++i) places[static_cast<std::size_t>(i)] = {PlaceOf(list.At(i)), i};
+    std::sort(places.begin(), places.end());
+    std::vector<int> order;
+    order.reserve(places.size());
+    for (const auto& place : places) order.push_back(place.second);
+    return order;
 }
 
 }  // namespace
 
-BoxIndex::BoxIndex(std::size_t size) : count(static_cast<int>(size)) {
-    Node none;
-    for (std::size_t lane = 0; lane < kFanOut; ++lane) SetLane(none, lane, kNoBox);
-    do {
-        size = (size + kFanOut - 1) / kFanOut;
-        levels.emplace_back(size, none);
-    } while (size > 1);
-}
-
-void BoxIndex::SetLeaf(std::size_t i, const Rect& box) {
-    SetLane(levels[0][i / kFanOut], i % kFanOut, box);
-}
-
-void BoxIndex::BuildUpperLevels() {
-    for (std::size_t level = 1; level < levels.size(); ++level) {
-        const std::vector<Node>& below = levels[level - 1];
-        for (std::size_t i = 0; i < below.size(); ++i) {
-            SetLane(levels[level][i / kFanOut], i % kFanOut, BoundsOf(below[i]));
-        }
+BoxIndex::Places::Places(const BoxTree& list)
+    : positions(OrderOfPlaces(list)),
+      slots(positions.size()),
+      tree(positions.size(), [&](std::size_t slot) { return list.At(positions[slot]); }) {
+    for (std::size_t slot = 0; slot < positions.size(); ++slot) {
+        const int position = positions[slot];
+        slots[static_cast<std::size_t>(position)] = static_cast<int>(slot);
+        if (list.At(position).IsEmpty()) tree.Remove(static_cast<int>(slot));
     }
 }
 
-int BoxIndex::Next(int from, const Rect& wanted) const {
-    Rect area = wanted;
-    area.x0 = std::max<std::int16_t>(area.x0, INT16_MIN + 1);  // passes by kNoBox
-    std::size_t level = 0;
-    for (auto i = static_cast<std::size_t>(from);;) {
-        const std::size_t node = i / kFanOut;
-        const unsigned lanes =
-            node < levels[level].size() ? LanesMeeting(levels[level][node], area) & 0xFFu << i % kFanOut : 0;
-        if (lanes != 0) {
-            i = node * kFanOut + static_cast<std::size_t>(std::countr_zero(lanes));
-            if (level == 0) return static_cast<int>(i);
-            --level;
-            i *= kFanOut;
-        } else {
-            if (++level == levels.size()) return count;
-            i = node + 1;
+int BoxIndex::Next(int from, const Rect& area) const {
+    int steps = kListSteps;
+    int found = list.Next(from, area, steps);
+    if (found == BoxTree::kOutOfSteps) found = NextByPlace(from, area);
+    if (found == BoxTree::kOutOfSteps) {
+        steps = INT_MAX;
+        found = list.Next(from, area, steps);
+    }
+    return found;
+}
+
+int BoxIndex::NextByPlace(int from, const Rect& area) const {
+    if (places == nullptr) {
+        try {
+            places = std::make_unique<Places>(list);
+        } catch (const std::bad_alloc&) {
+            return BoxTree::kOutOfSteps;  // the list does without
         }
     }
+    int first = list.Count(), steps = kPlaceSteps;
+    for (int slot = places->tree.Next(0, area, steps); slot < list.Count();
+         slot = places->tree.Next(slot + 1, area, steps)) {
+        if (slot == BoxTree::kOutOfSteps) return BoxTree::kOutOfSteps;
+        const int position = places->positions[static_cast<std::size_t>(slot)];
+        if (position >= from) first = std::min(first, position);
+    }
+    return first;
 }
 
 void BoxIndex::Set(int position, const Rect& box) {
-    Replace(position, Ordered(box));
+    list.Set(position, box);
+    if (places != nullptr) places->tree.Set(places->slots[static_cast<std::size_t>(position)], box);
 }
 
 void BoxIndex::Remove(int position) {
-    Replace(position, kNoBox);
-}
-
-void BoxIndex::Replace(int position, Rect box) {
-    auto i = static_cast<std::size_t>(position);
-    for (std::vector<Node>& level : levels) {
-        Node& node = level[i / kFanOut];
-        SetLane(node, i % kFanOut, box);
-        box = BoundsOf(node);
-        i /= kFanOut;
-    }
+    list.Remove(position);
+    if (places != nullptr) places->tree.Remove(places->slots[static_cast<std::size_t>(position)]);
 }
 
 }  // namespace tavrix

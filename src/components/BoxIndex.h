@@ -2,26 +2,25 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "components/BoxTree.h"
 #include "image/Rect.h"
 
 namespace tavrix {
 
-// The boxes of a list's elements under a tree of bounding boxes, eight to a node, that keeps the list's
-// order: it finds the elements that meet an area one after another in that order, while boxes change and
-// go. Lists follow the scan of the page, so neighbours in the list are mostly neighbours on the page.
+// The boxes of a list's elements: finds the elements that meet an area one after another in list order,
+// while boxes change and go. Lists follow the scan of the page, so neighbours in the list are mostly
+// neighbours on the page, and a tree in list order answers at once. For lists in any other order a second
+// tree, in the order of places, is made when the first one searches long.
 class BoxIndex {
   public:
     // boxAt(i) gives the box of element i; sides are put in order.
     template <class BoxAt>
-    BoxIndex(std::size_t size, BoxAt boxAt) : BoxIndex(size) {
-        for (std::size_t i = 0; i < size; ++i) SetLeaf(i, Ordered(boxAt(i)));
-        BuildUpperLevels();
-    }
+    BoxIndex(std::size_t size, BoxAt boxAt) : list(size, boxAt) {}
 
-    int Count() const { return count; }
+    int Count() const { return list.Count(); }
     // The first element from position `from` on whose box meets the area (common sides count), or Count().
     int Next(int from, const Rect& area) const;
     // Gives an element a new box, or takes it out. A box's sides are put in order.
@@ -29,21 +28,16 @@ class BoxIndex {
     void Remove(int position);
 
   private:
-    static constexpr int kFanOut = 8;
-    struct alignas(16) Node {
-        std::int16_t x0[kFanOut];
-        std::int16_t y0[kFanOut];
-        std::int16_t x1[kFanOut];
-        std::int16_t y1[kFanOut];
+    struct Places {
+        explicit Places(const BoxTree& list);
+        std::vector<int> positions;  // in the list, of the tree's boxes
+        std::vector<int> slots;      // in the tree, of the list's elements
+        BoxTree tree;
     };
+    int NextByPlace(int from, const Rect& area) const;
 
-    explicit BoxIndex(std::size_t size);
-    void SetLeaf(std::size_t i, const Rect& box);
-    void BuildUpperLevels();
-    void Replace(int position, Rect box);
-
-    int count;
-    std::vector<std::vector<Node>> levels;  // from the boxes themselves to a single node
+    BoxTree list;
+    mutable std::unique_ptr<Places> places;  // null until needed
 };
 
 }  // namespace tavrix
