@@ -153,6 +153,11 @@ class FindingsTest(CommandTest):
                          [box(0, 0, 4, 3), box(4, 1, 8, 3)])
         self.assertEqual(self.succeed("components", "--noise", "1,2", "-", stdin=pbm(BITS)),
                          b"-: 1 blocks, 1 lines, 1 components\n")
+        rows = [[not (any(20 + 14 * i <= x <= 28 + 14 * i for i in range(8)) and y % 24 < 11) for x in range(160)]
+                for y in range(72)]  # eight letters a row: rows are blocks of text, columns align all of them
+        for grouping, blocks in ("text", 3), ("aligned", 1):
+            self.assertEqual(self.succeed("components", "--group", grouping, "-", stdin=pbm(rows)),
+                             b"-: %d blocks, %d lines, 24 components\n" % (blocks, blocks))
         pages = self.succeed("components", "--json", "-", stdin=pbm(BITS) + pbm(BITS))
         self.assertEqual([json.loads(line)["page"] for line in pages.splitlines()], [1, 2])
 

@@ -68,6 +68,13 @@ class FilesTest(CommandTest):
         self.assertEqual(self.read("two-1.png"), b"mine")
         self.assertEqual(self.open("two-2.png").size, (60, 40))
 
+        self.succeed("compare", "two.pgm", "-o", "sheet.html")
+        self.write("sheet.html", b"mine")
+        self.succeed("compare", "two.pgm", "-o", "sheet.html", "--skip-existing")
+        self.assertEqual(self.read("sheet.html"), b"mine")
+        self.succeed("compare", "two.pgm", "-o", "sheet.html")
+        self.assertIn(b"<html", self.read("sheet.html"))
+
     def test_progress(self):
         piped = self.run_command("binarize", "-r", "in", "-o", "out/")
         self.assertEqual(piped.stderr.decode().splitlines(),
