@@ -141,7 +141,7 @@ InputList CollectInputs(const InputOptions& options) {
             inputs.push_back({name, {}, "the name is empty"});
         } else if (options.isRecursive && name != "-" && fs::is_directory(name, error)) {
             const std::size_t before = inputs.size();
-            FolderSearch(name, inputs);
+            const FolderSearch search(name, inputs);
             for (std::size_t i = before; i < inputs.size(); ++i) found.insert(inputs[i].path);
         } else {
             inputs.push_back({name, {}, {}});

@@ -115,7 +115,7 @@ std::string OutputNames::NameOf(const Input& input, std::size_t page) const {
         hasFolder = true;
         return FolderName(input);
     };
-    const std::string text = *Filled(name, valueOf);
+    std::string text = *Filled(name, valueOf);
     if (!isFolder) return text;
     return (fs::path(place) / (hasFolder ? fs::path() : input.folder) / text).lexically_normal().string();
 }

@@ -106,7 +106,7 @@ class Analysis {
             findings.isTruncated =
                 HasManyBlack(conversion.bits, facts.blackShare) && ExceedsStore(conversion.bits);
             if (findings.isTruncated) {
-                facts.warnings.push_back(kTruncated);
+                facts.warnings.emplace_back(kTruncated);
                 outcome.notes.push_back(std::string("warning: ") + kTruncated);
             }
             Report(findings, outcome);

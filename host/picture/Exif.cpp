@@ -13,7 +13,7 @@ constexpr std::size_t kEntryBytes = 12;
 class Block {
   public:
     explicit Block(std::span<const std::uint8_t> block)
-        : bytes(block), isBigEndian(block.size() > 0 && block[0] == 'M') {}
+        : bytes(block), isBigEndian(!block.empty() && block[0] == 'M') {}
 
     // Beyond the block everything reads 0.
     std::uint32_t Number(std::size_t at, std::size_t size) const {
