@@ -11,6 +11,7 @@ printf '1/%s one\n1/%s two\n' "$work/ssh-here" "$work/ssh-here" >"$work/hosts.tx
 recipe 'GNU parallel' >"$work/recipe.sh"
 
 cd "$work"
+export SHELL=/bin/sh  # what it quotes for; a bare environment leaves it to guess
 HOME=$work setsid bash recipe.sh >first.log 2>&1 &
 wait_for_outputs
 kill -TERM -- "-$!"

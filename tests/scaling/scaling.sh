@@ -28,7 +28,8 @@ wait_for_outputs() {
         [ "$(count)" -lt 3 ] || return 0
         sleep 0.02
     done
-    echo 'no outputs came'
+    echo 'no outputs came; the recipe said:'
+    tail -c 2000 "$work/first.log"
     exit 1
 }
 
