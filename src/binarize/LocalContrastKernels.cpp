@@ -10,6 +10,7 @@ constexpr int kWindowPixels = 25;
 constexpr int kShift = 20;  // levels
 // A deviation of 20 levels, as 25 Q - S^2 of the window's sum S and sum of squares Q: (20 * 25)^2.
 constexpr int kContrastLimit = 250000;
+#ifndef TAVRIX_PLAIN_KERNELS
 // The mean S / 25 as S * 5243 >> 17, exact for every sum of 25 bytes.
 constexpr short kMeanFactor = 5243;
 
@@ -57,6 +58,7 @@ inline Vector Contrast(Vector values, const std::uint16_t* sums, const std::int3
     const Vector shift = SubtractWords(dark & FillWords(2 * kShift), FillWords(kShift));
     return TAVRIX_VECTOR(cmpgt_epi16)(values, AddWords(base, shift));
 }
+#endif
 
 void SlideWindow(const std::uint8_t* entering, std::uint8_t* leaving, int width, std::uint16_t* sums,
                  std::int32_t* squares) {
@@ -70,6 +72,7 @@ void SlideWindow(const std::uint8_t* entering, std::uint8_t* leaving, int width,
 
 void ContrastRow(std::uint8_t* row, int width, const std::uint16_t* sums, const std::int32_t* squares,
                  int globalThreshold) {
+#ifndef TAVRIX_PLAIN_KERNELS
     const int last = width - kVectorWords;
     if (last >= 0) {
         const Vector global = FillWords(globalThreshold);
@@ -81,6 +84,7 @@ void ContrastRow(std::uint8_t* row, int width, const std::uint16_t* sums, const 
         StoreMasks(row + last, Contrast(lastValues, sums + last, squares + last, global));
         return;
     }
+#endif
     for (int x = 0; x < width; ++x) {
         const int sum = sums[x] + sums[x + 1] + sums[x + 2] + sums[x + 3] + sums[x + 4];
         const int square = squares[x] + squares[x + 1] + squares[x + 2] + squares[x + 3] + squares[x + 4];

@@ -7,14 +7,16 @@ namespace tavrix {
 namespace {
 
 int CountFrom(const Byte* row, int count, int threshold) {
+    int x = 0, from = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
     LaneCounter counter;
     const Vector limit = Fill(threshold);
-    int x = 0;
     for (; x + kVectorBytes <= count; x += kVectorBytes) {
         const Vector bytes = Load(row + x);
         counter.Add(Equal(Max(bytes, limit), bytes));
     }
-    int from = counter.Total();
+    from = counter.Total();
+#endif
     for (; x < count; ++x) from += row[x] >= threshold;
     return from;
 }

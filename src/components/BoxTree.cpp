@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "components/BoxTree.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <bit>
+#include <iterator>
+
+#include "platform/Intrinsics.h"
 
 namespace tavrix {
 namespace {
@@ -15,6 +16,15 @@ constexpr Rect kNoBox{INT16_MAX, INT16_MAX, INT16_MIN, INT16_MIN};
 // Bit i: lane i has x0 <= area.x1, x1 >= area.x0 and the same for rows.
 template <class Node>
 unsigned LanesMeeting(const Node& node, const Rect& area) {
+#ifdef TAVRIX_PLAIN_KERNELS
+    unsigned lanes = 0;
+    for (unsigned lane = 0; lane < std::size(node.x0); ++lane) {
+        const bool meets = node.x0[lane] <= area.x1 && node.x1[lane] >= area.x0 && node.y0[lane] <= area.y1 &&
+                           node.y1[lane] >= area.y0;
+        lanes |= unsigned{meets} << lane;
+    }
+    return lanes;
+#else
     const auto load = [](const std::int16_t* lanes) {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
     };
@@ -24,6 +34,7 @@ unsigned LanesMeeting(const Node& node, const Rect& area) {
                                        _mm_cmplt_epi16(load(node.y1), _mm_set1_epi16(area.y0)));
     const __m128i miss = _mm_or_si128(missX, missY);
     return ~static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(miss, miss))) & 0xFF;
+#endif
 }
 
 template <class Node>

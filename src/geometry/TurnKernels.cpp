@@ -8,6 +8,7 @@
 namespace tavrix {
 namespace {
 
+#ifndef TAVRIX_PLAIN_KERNELS
 constexpr int kStrip = 16;  // bytes of a row that one transposition takes
 
 // One vector holds strips of one row, or of two rows 16 apart; after a transposition, a byte of each row.
@@ -55,6 +56,7 @@ void TransposeTile(const Byte* source, std::ptrdiff_t sourceStride, Byte* target
 #pragma GCC unroll 16
     for (int i = 0; i < kStrip; ++i) Store(target + targetStride * i, v[i]);
 }
+#endif
 
 constexpr std::uint64_t kEveryByte = 0x0101010101010101;
 
@@ -106,6 +108,20 @@ void ReverseBits(const Byte* source, int first, int count, Byte* target) {
     }
 }
 
+#ifdef TAVRIX_PLAIN_KERNELS
+void TransposeBits(const Byte* source, std::ptrdiff_t sourceStride, int width, int height, Byte* target,
+                   std::ptrdiff_t targetStride) {
+    const int whole = (height + 31) / 32 * 32;
+    for (int x = 0; x < width; ++x) {
+        unsigned byte = 0;
+        for (int y = 0; y < whole; ++y) {
+            const unsigned bits = y < height ? source[sourceStride * y + x / 8] : 0;
+            byte = byte << 1 | (bits >> (7 - x % 8) & 1);
+            if (y % 8 == 7) target[targetStride * x + y / 8] = static_cast<Byte>(byte);
+        }
+    }
+}
+#else
 void TransposeBits(const Byte* source, std::ptrdiff_t sourceStride, int width, int height, Byte* target,
                    std::ptrdiff_t targetStride) {
     static constexpr Byte kBlank[kStrip] = {};
@@ -150,26 +166,29 @@ void TransposeBits(const Byte* source, std::ptrdiff_t sourceStride, int width, i
                     static_cast<std::size_t>(whole - written) / 8);
     }
 }
+#endif
 
 void TransposeBytes(const Byte* source, std::ptrdiff_t sourceStride, int width, int height, Byte* target,
                     std::ptrdiff_t targetStride) {
-    if (width < kStrip || height < kRows) {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) target[targetStride * x + y] = source[sourceStride * y + x];
+#ifndef TAVRIX_PLAIN_KERNELS
+    if (width >= kStrip && height >= kRows) {
+        // In bands of whole cache lines; the last tile of a row or column overlaps the one before.
+        constexpr int kBand = 64;
+        for (int left = 0; left < width; left += kBand) {
+            for (int row = 0; row < height; row += kRows) {
+                const int y = row < height - kRows ? row : height - kRows;
+                for (int column = left; column < left + kBand && column < width; column += kStrip) {
+                    const int x = column < width - kStrip ? column : width - kStrip;
+                    TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
+                                  targetStride);
+                }
+            }
         }
         return;
     }
-    // In bands of whole cache lines; the last tile of a row or column overlaps the one before.
-    constexpr int kBand = 64;
-    for (int left = 0; left < width; left += kBand) {
-        for (int row = 0; row < height; row += kRows) {
-            const int y = row < height - kRows ? row : height - kRows;
-            for (int column = left; column < left + kBand && column < width; column += kStrip) {
-                const int x = column < width - kStrip ? column : width - kStrip;
-                TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
-                              targetStride);
-            }
-        }
+#endif
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) target[targetStride * x + y] = source[sourceStride * y + x];
     }
 }
 

@@ -6,6 +6,7 @@
 namespace tavrix {
 namespace {
 
+#ifndef TAVRIX_PLAIN_KERNELS
 // The truncated root of a*a + b*b, of words. Single precision is exact here: the sums are below 2^21, and a
 // root just below a whole number stays further below it than half of the last place.
 inline Vector RootOfSquares(Vector a, Vector b) {
@@ -26,15 +27,16 @@ inline Vector TimesFactor(Vector words, float factor) {
     return TAVRIX_VECTOR(packs_epi32)(product(TAVRIX_VECTOR(unpacklo_epi16)(words, Vector{})),
                                       product(TAVRIX_VECTOR(unpackhi_epi16)(words, Vector{})));
 }
+#endif
 
 // The root of a sum of squares below 2^21, truncated and limited to 255.
 inline int RootAt(int square) {
-    const __m128 root = _mm_sqrt_ss(_mm_cvtsi32_ss(_mm_setzero_ps(), square));
-    const int magnitude = _mm_cvttss_si32(root);
+    const int magnitude = static_cast<int>(__builtin_sqrtf(static_cast<float>(square)));
     return magnitude < 255 ? magnitude : 255;
 }
 
 void SobelRow(const Byte* before, const Byte* row, const Byte* after, int count, Byte* target) {
+#ifndef TAVRIX_PLAIN_KERNELS
     const auto at = [=](int x) {
         const auto word = [x](const Byte* from, int dx) { return LoadWords(from + x + dx); };
         const Vector diagonal = SubtractWords(word(after, 1), word(before, -1));
@@ -50,6 +52,7 @@ void SobelRow(const Byte* before, const Byte* row, const Byte* after, int count,
         at(count - kVectorWords);
         return;
     }
+#endif
     for (int x = 0; x < count; ++x) {
         const int diagonal = after[x + 1] - before[x - 1], antidiagonal = before[x + 1] - after[x - 1];
         const int gx = diagonal + antidiagonal + 2 * (row[x + 1] - row[x - 1]);
@@ -87,6 +90,7 @@ void MeanRow(const Byte* before, const Byte* row, const Byte* after, int count, 
 
 void SharpenRow(const Byte* before, const Byte* row, const Byte* after, int count, float factor,
                 Byte* target) {
+#ifndef TAVRIX_PLAIN_KERNELS
     const auto at = [=](int x) {
         const auto word = [x](const Byte* from, int dx) { return LoadWords(from + x + dx); };
         const auto three = [=](const Byte* from) {
@@ -101,6 +105,7 @@ void SharpenRow(const Byte* before, const Byte* row, const Byte* after, int coun
         at(count - kVectorWords);
         return;
     }
+#endif
     for (int x = 0; x < count; ++x) {
         const int sum = before[x - 1] + before[x] + before[x + 1] + row[x - 1] + row[x + 1] + after[x - 1] +
                         after[x] + after[x + 1];

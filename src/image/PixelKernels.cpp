@@ -17,6 +17,7 @@ unsigned PackByte(const Byte* pixels, int count, Byte limit) {
     return byte;
 }
 
+#ifndef TAVRIX_PLAIN_KERNELS
 // Hides a factor from the compiler, which would turn the product into a chain of shifts and sums.
 inline short Opaque(short factor) {
     asm("" : "+r"(factor));
@@ -156,28 +157,33 @@ inline void PackStep(const Byte* row, Byte limit, Byte* packed) {
     const int white = ~TAVRIX_VECTOR(movemask_epi8)(ReversedEights(black));
     __builtin_memcpy(packed, &white, kStep / 8);
 }
+#endif
 
 void GrayRow(const Byte* row, int width, Byte* gray) {
+#ifndef TAVRIX_PLAIN_KERNELS
     const int last = width - kStep;
-    if (last < 0) {
-        for (int x = 0; x < width; ++x) gray[x] = GrayInDouble(row + 3 * x);
+    if (last >= 0) {
+        const Factors factors = MakeFactors();
+        const auto step = [&](int x) {
+            std::uint32_t ties = GrayStep(row + 3 * x, factors, gray + x);
+            for (; ties != 0; ties &= ties - 1) [[unlikely]] {
+                    const int i = x + __builtin_ctz(ties);
+                    gray[i] = GrayInDouble(row + 3 * i);
+                }
+        };
+        for (int x = 0; x < last; x += kStep) step(x);
+        step(last);  // may overlap the one before it
         return;
     }
-    const Factors factors = MakeFactors();
-    const auto step = [&](int x) {
-        std::uint32_t ties = GrayStep(row + 3 * x, factors, gray + x);
-        for (; ties != 0; ties &= ties - 1) [[unlikely]] {
-                const int i = x + __builtin_ctz(ties);
-                gray[i] = GrayInDouble(row + 3 * i);
-            }
-    };
-    for (int x = 0; x < last; x += kStep) step(x);
-    step(last);  // may overlap the one before it
+#endif
+    for (int x = 0; x < width; ++x) gray[x] = GrayInDouble(row + 3 * x);
 }
 
 void PackAbove(const Byte* row, int width, Byte limit, Byte* packed) {
     int x = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
     for (; x + kStep <= width; x += kStep) PackStep(row + x, limit, packed + x / 8);
+#endif
     for (; x < width; x += 8) {
         const int count = width - x < 8 ? width - x : 8;
         packed[x / 8] = static_cast<Byte>(PackByte(row + x, count, limit));

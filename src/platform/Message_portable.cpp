@@ -17,7 +17,7 @@ constinit std::mutex installedMutex;
 constinit Installed installed{nullptr, nullptr};
 
 // Held while a handler runs; by a handler that leads to another message, once.
-constinit std::shared_mutex running;
+std::shared_mutex running;  // no constinit: not every standard library can
 constinit thread_local int depth = 0;
 
 class RunningHandler {

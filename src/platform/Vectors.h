@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <immintrin.h>
-
 #include <cstdint>
+
+#include "platform/Intrinsics.h"
 
 // Vectors of the level that a kernel source is compiled for: 16 bytes at baseline, 32 at avx2. For kernel
 // sources only. All of it has internal linkage, so that no copy made for one level is linked into another.
+//
+// With TAVRIX_PLAIN_KERNELS there are none: the loops that finish what vectors leave over then do it all, and
+// give the same bytes.
 namespace tavrix {
 namespace {
 
 using Byte = std::uint8_t;
 
+#ifndef TAVRIX_PLAIN_KERNELS
 #ifdef __AVX2__
 using Vector = __m256i;
 #define TAVRIX_VECTOR(operation) _mm256_##operation
@@ -120,6 +124,7 @@ class LaneCounter {
     Vector counters{};
     int adds = 0, total = 0;
 };
+#endif
 
 }  // namespace
 }  // namespace tavrix

@@ -33,7 +33,7 @@ EdgeRegionBinarizer::EdgeRegionBinarizer(DibImage* page) {
 
 bool EdgeRegionBinarizer::Binarize() {
     if (!HasPixels()) return false;
-    const auto result = std::make_unique_for_overwrite<std::uint8_t[]>(src.Bytes());
+    const auto result = std::unique_ptr<std::uint8_t[]>(new std::uint8_t[src.Bytes()]);
     const auto scratch = std::make_unique<std::uint8_t[]>(src.Bytes());
     const RulePlanes planes{src, src.Over(scratch.get()), src.Over(result.get())};
     const PageFindings page = BuildPreMask(planes.result, planes.scratch);

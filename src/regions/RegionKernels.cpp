@@ -7,15 +7,17 @@ namespace tavrix {
 namespace {
 
 int CountTips(const Byte* row, const Byte* after, int count) {
+    int x = 0, tips = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
     LaneCounter counter;
     const Vector zero = Fill(0);
-    int x = 0;
     for (; x + kVectorBytes <= count; x += kVectorBytes) {
         const Vector around =
             Min(Min(Load(row + x + 1), Load(after + x - 1)), Min(Load(after + x), Load(after + x + 1)));
         counter.Add(~Equal(around, zero) & Equal(Load(row + x), zero));
     }
-    int tips = counter.Total();
+    tips = counter.Total();
+#endif
     for (; x < count; ++x) {
         tips += row[x] == 0 && row[x + 1] != 0 && after[x - 1] != 0 && after[x] != 0 && after[x + 1] != 0;
     }
@@ -26,6 +28,7 @@ void ThresholdRegionRow(const Byte* row, int count, int threshold, bool force, B
                         std::int64_t* dark, std::int64_t* light) {
     const Byte forced = force ? 255 : 0;
     int darkCount = 0, lightCount = 0, x = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
     if (threshold >= 1 && threshold <= 255) {
         LaneCounter darkLanes, lightLanes;
         const Vector limit = Fill(threshold), zero = Fill(0), keep = Fill(255 - forced);
@@ -41,6 +44,7 @@ void ThresholdRegionRow(const Byte* row, int count, int threshold, bool force, B
         darkCount = darkLanes.Total();
         lightCount = lightLanes.Total();
     }
+#endif
     for (; x < count; ++x) {
         const bool isDark = row[x] < threshold;
         const bool isLight = !isDark && (target[x] | forced) != 0;
@@ -57,16 +61,19 @@ void MergeRow(Byte* target, const Byte* other, int count) {
 }
 
 void EvenZeroBits(const Byte* row, int count, std::uint64_t* words) {
-    constexpr int kWordBits = 64, kStep = 16;
+    constexpr int kWordBits = 64;
     for (int i = 0; i <= count / kWordBits + 1; ++i) words[i] = 0;
-    const __m128i low = _mm_set1_epi16(255), zero = _mm_setzero_si128();
-    const auto evens = [=](int x) { return _mm_and_si128(Load16(row + 2 * x), low); };
     int x = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
+    constexpr int kStep = 16;
+    const __m128i low = _mm_set1_epi16(255), zero = _mm_setzero_si128();
+    const auto evens = [=](int at) { return _mm_and_si128(Load16(row + 2 * at), low); };
     for (; x + kStep <= count; x += kStep) {
         const __m128i bytes = _mm_packus_epi16(evens(x), evens(x + kStep / 2));
         const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, zero)));
         words[x / kWordBits] |= std::uint64_t{bits} << x % kWordBits;
     }
+#endif
     for (; x < count; ++x) words[x / kWordBits] |= std::uint64_t{row[2 * x] == 0} << x % kWordBits;
 }
 
@@ -82,10 +89,11 @@ void MarkRow(Byte* row, int count) {
 }
 
 void FillAndMarkRow(const Byte* before, Byte* row, const Byte* after, int count, bool blackAfter) {
-    constexpr int kStep = 64, kLane = 16;
     const auto isBlack = [](Byte value) { return value <= 1; };
     std::uint64_t left = isBlack(row[-1]) ? 1 : 0;
     int x = 0;
+#ifndef TAVRIX_PLAIN_KERNELS
+    constexpr int kStep = 64, kLane = 16;
     for (; x + kStep < count; x += kStep) {
         const auto bits = [x](const Byte* from, auto test) {
             std::uint64_t result = 0;
@@ -126,6 +134,7 @@ void FillAndMarkRow(const Byte* before, Byte* row, const Byte* after, int count,
             Store16(lanes, _mm_sub_epi8(marked, isZero));
         }
     }
+#endif
     for (; x < count; ++x) {
         const bool right = x + 1 < count || !blackAfter ? isBlack(row[x + 1]) : true;
         const int around = isBlack(before[x]) + isBlack(after[x]) + static_cast<int>(left) + right;
