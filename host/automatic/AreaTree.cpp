@@ -21,11 +21,10 @@ std::uint64_t WordAt(const std::uint8_t* row, std::size_t rowBytes, int x) {
 
 }  // namespace
 
-AreaTree::AreaTree(const HostImage& bits, const std::uint8_t* edges, std::size_t edgeRowBytes)
-    : width(bits.Width()), height(bits.Height()) {
+AreaTree::AreaTree(const HostImage& bits, const Levels* edges) : width(bits.Width()), height(bits.Height()) {
     CollectRuns(bits);
     Join();
-    Measure(edges, edgeRowBytes);
+    Measure(edges);
 }
 
 void AreaTree::CollectRuns(const HostImage& bits) {
@@ -97,9 +96,9 @@ void AreaTree::Join() {
 }
 
 // Numbers the areas by their first pixel and adds up their runs.
-void AreaTree::Measure(const std::uint8_t* edges, std::size_t edgeRowBytes) {
+void AreaTree::Measure(const Levels* edges) {
     for (int y = 0; y < height; ++y) {
-        const std::uint8_t* edgeRow = edges == nullptr ? nullptr : edges + edgeRowBytes * y;
+        const std::uint8_t* edgeRow = edges == nullptr ? nullptr : edges->Row(y);
         std::size_t above = y == 0 ? 0 : rowStarts[y - 1];
         bool isDark = rowBeginsDark[y];
         for (std::size_t i = rowStarts[y]; i + 1 < rowStarts[y + 1]; ++i, isDark = !isDark) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "automatic/Plane.h"
 #include "picture/HostImage.h"
 
 namespace host {
@@ -36,8 +37,8 @@ class AreaTree {
         int area;
     };
 
-    // edges: the strength of the edge at every pixel, rows from the top, or null.
-    AreaTree(const HostImage& bits, const std::uint8_t* edges, std::size_t edgeRowBytes);
+    // edges: the strength of the edge at every pixel, or null.
+    AreaTree(const HostImage& bits, const Levels* edges);
 
     const std::vector<Area>& Areas() const { return areas; }
     // The runs of row y (0 at the top), dark and light by turns; one more behind the last starts at the
@@ -52,7 +53,7 @@ class AreaTree {
   private:
     void CollectRuns(const HostImage& bits);
     void Join();
-    void Measure(const std::uint8_t* edges, std::size_t edgeRowBytes);
+    void Measure(const Levels* edges);
     int Root(int label);
 
     int width, height;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <opencv2/imgproc.hpp>
 #include <utility>
 
 #include "automatic/AreaTree.h"
@@ -19,11 +18,10 @@ namespace {
 constexpr int kSmallLetters = 20;  // pixels: below that twice the size reads better
 
 // Rows from the top, as the edges and the tree count them.
-cv::Mat TopDown(const HostImage& gray) {
-    const cv::Mat stored(gray.Height(), gray.Width(), CV_8UC1, gray.Record().bits, gray.RowBytes());
-    cv::Mat turned;
-    cv::flip(stored, turned, 0);
-    return turned;
+Levels TopDown(const HostImage& gray) {
+    Levels levels(gray.Width(), gray.Height());
+    for (int y = 0; y < gray.Height(); ++y) std::copy_n(gray.TopRow(y), gray.Width(), levels.Row(y));
+    return levels;
 }
 
 // One pass over a gray picture.
@@ -34,12 +32,13 @@ struct Pass {
     int letterHeight;
 };
 
-Pass Read(const cv::Mat& gray, int letterHeight) {
+Pass Read(const Levels& gray, int letterHeight) {
     const Levelled levelled = Level(gray, letterHeight);
-    HostImage even(gray.cols, gray.rows, 8);
-    for (int y = 0; y < gray.rows; ++y) std::copy_n(levelled.picture.ptr(y), gray.cols, even.TopRow(y));
+    HostImage even(gray.Width(), gray.Height(), 8);
+    for (int y = 0; y < gray.Height(); ++y)
+        std::copy_n(levelled.picture.Row(y), gray.Width(), even.TopRow(y));
     const HostImage bits = Binarize(std::move(even), *FindMode("isodata"));
-    AreaTree tree(bits, levelled.edges.data, levelled.edges.step);
+    AreaTree tree(bits, &levelled.edges);
     std::vector<bool> isLetter = FindLetters(tree);
     Ink ink = ChooseInk(tree, isLetter);
     const int height = TypicalHeight(tree, isLetter, ink.areas);
@@ -91,7 +90,7 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
         return {std::move(image), {}, {}, choice};
     }
     image = ToGray(std::move(image));
-    cv::Mat gray = TopDown(image);
+    Levels gray = TopDown(image);
     Pass pass = Read(gray, 0);
     choice.letterHeight = pass.letterHeight;
     if (scale == 0 && pass.letterHeight != 0 && pass.letterHeight <= kSmallLetters) choice.scale = 2;

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <array>
-#include <opencv2/imgproc.hpp>
+
+#include "automatic/Filters.h"
 
 namespace host {
 namespace {
@@ -17,6 +18,7 @@ constexpr int kWindow = 41;      // pixels: where letters are small or unknown
 constexpr double kWindowPerHeight = 1.6;
 constexpr double kWiden = 2.5;       // every further window is so much wider...
 constexpr double kFarWeight = 0.03;  // ...and counts so much less
+constexpr double kNoEdges = 1e-6;    // less evidence is none
 constexpr int kSteepness = 8;        // of the levelled picture: shades that matter end up black or white
 
 // Smoothing against grain, in the standard deviation of a Gaussian; small type bears little of it.
@@ -24,49 +26,54 @@ double Smoothing(int letterHeight) {
     return letterHeight == 0 ? 0.8 : std::clamp(0.03 * letterHeight, 0.3, 2.5);
 }
 
-// Noise of every block: the edge strength that its calmest fifth stays below.
-cv::Mat MeasureNoise(const cv::Mat& edges) {
+// Noise of every block: the edge strength that its calmest fifth stays below, with its neighbours'.
+Plane<double> MeasureNoise(const Levels& edges) {
     constexpr int kSide = kNoiseBlock * kCell;
-    cv::Mat noise((edges.rows + kSide - 1) / kSide, (edges.cols + kSide - 1) / kSide, CV_32F);
-    for (int by = 0; by < noise.rows; ++by) {
-        for (int bx = 0; bx < noise.cols; ++bx) {
-            std::array<int, 256> histogram = {};
-            const int bottom = std::min(edges.rows, (by + 1) * kSide);
-            const int right = std::min(edges.cols, (bx + 1) * kSide);
+    Plane<double> noise((edges.Width() + kSide - 1) / kSide, (edges.Height() + kSide - 1) / kSide);
+    for (int by = 0; by < noise.Height(); ++by) {
+        for (int bx = 0; bx < noise.Width(); ++bx) {
+            std::array<std::array<int, 256>, 2> counts =
+                {};  // even and odd columns: like neighbours wait for each other
+            const int bottom = std::min(edges.Height(), (by + 1) * kSide);
+            const int right = std::min(edges.Width(), (bx + 1) * kSide);
             for (int y = by * kSide; y < bottom; ++y) {
-                const std::uint8_t* row = edges.ptr(y);
-                for (int x = bx * kSide; x < right; ++x) ++histogram[row[x]];
+                const std::uint8_t* row = edges.Row(y);
+                for (int x = bx * kSide; x < right; ++x) ++counts[x % 2][row[x]];
             }
             int rest = (bottom - by * kSide) * (right - bx * kSide) / kQuietShare;
             int level = 0;
-            while (rest >= histogram[static_cast<std::size_t>(level)])
-                rest -= histogram[static_cast<std::size_t>(level++)];
-            noise.at<float>(by, bx) = static_cast<float>(level);
+            while (rest >= counts[0][level] + counts[1][level]) {
+                rest -= counts[0][level] + counts[1][level];
+                ++level;
+            }
+            noise.Row(by)[bx] = level;
         }
     }
-    cv::blur(noise, noise, {3, 3});
-    return noise;
+    Plane<double> smooth(noise.Width(), noise.Height());
+    AddMeans(noise, 3, 1, smooth);
+    return smooth;
 }
 
-// The edges of every cell above the noise, and the sum of their middles.
+// The edges of every cell above the noise, and the sum of their middles, twice.
 struct Evidence {
-    cv::Mat weight, sum;
+    Plane<double> weight, sum;
 };
 
-Evidence Gather(const cv::Mat& lightest, const cv::Mat& darkest, const cv::Mat& edges) {
-    const cv::Mat noise = MeasureNoise(edges);
-    const cv::Size cells((edges.cols + kCell - 1) / kCell, (edges.rows + kCell - 1) / kCell);
-    Evidence evidence = {cv::Mat::zeros(cells, CV_32F), cv::Mat::zeros(cells, CV_32F)};
-    for (int y = 0; y < edges.rows; ++y) {
-        const std::uint8_t* edge = edges.ptr(y);
-        const std::uint8_t* light = lightest.ptr(y);
-        const std::uint8_t* dark = darkest.ptr(y);
-        const float* quiet = noise.ptr<float>(y / (kNoiseBlock * kCell));
-        float* weight = evidence.weight.ptr<float>(y / kCell);
-        float* sum = evidence.sum.ptr<float>(y / kCell);
-        for (int cell = 0; cell < cells.width; ++cell) {
+Evidence Gather(const Extremes& extremes, const Levels& edges) {
+    const Plane<double> noise = MeasureNoise(edges);
+    const int columns = (edges.Width() + kCell - 1) / kCell;
+    const int rows = (edges.Height() + kCell - 1) / kCell;
+    Evidence evidence = {Plane<double>(columns, rows), Plane<double>(columns, rows)};
+    for (int y = 0; y < edges.Height(); ++y) {
+        const std::uint8_t* edge = edges.Row(y);
+        const std::uint8_t* light = extremes.lightest.Row(y);
+        const std::uint8_t* dark = extremes.darkest.Row(y);
+        const double* quiet = noise.Row(y / (kNoiseBlock * kCell));
+        double* weight = evidence.weight.Row(y / kCell);
+        double* sum = evidence.sum.Row(y / kCell);
+        for (int cell = 0; cell < columns; ++cell) {
             const int floor = static_cast<int>(kNoiseFactor * quiet[cell / kNoiseBlock]) + kEdgeFloor;
-            const int end = std::min(edges.cols, (cell + 1) * kCell);
+            const int end = std::min(edges.Width(), (cell + 1) * kCell);
             int w = 0;
             int s = 0;
             for (int x = cell * kCell; x < end; ++x) {
@@ -74,8 +81,8 @@ Evidence Gather(const cv::Mat& lightest, const cv::Mat& darkest, const cv::Mat& 
                 w += above;
                 s += above * (light[x] + dark[x]);
             }
-            weight[cell] += static_cast<float>(w);
-            sum[cell] += static_cast<float>(s) / 2;
+            weight[cell] += w;
+            sum[cell] += s;
         }
     }
     return evidence;
@@ -83,53 +90,87 @@ Evidence Gather(const cv::Mat& lightest, const cv::Mat& darkest, const cv::Mat& 
 
 // The mean middle of the edges around every cell; far ones count where there are no near ones. 0 where
 // there are none at all.
-cv::Mat Thresholds(const Evidence& evidence, int window) {
-    cv::Mat weight = cv::Mat::zeros(evidence.weight.size(), CV_32F);
-    cv::Mat sum = weight.clone();
-    const int longer = std::max(weight.cols, weight.rows);
+Levels Thresholds(const Evidence& evidence, int window) {
+    const int columns = evidence.weight.Width();
+    const int rows = evidence.weight.Height();
+    Plane<double> weight(columns, rows), sum(columns, rows);
     double share = 1;
     for (double side = static_cast<double>(window) / kCell;; side *= kWiden, share *= kFarWeight) {
         const int odd = static_cast<int>(side) | 1;
-        cv::Mat mean;
-        cv::boxFilter(evidence.weight, mean, -1, {odd, odd}, {-1, -1}, true, cv::BORDER_REPLICATE);
-        cv::scaleAdd(mean, share, weight, weight);
-        cv::boxFilter(evidence.sum, mean, -1, {odd, odd}, {-1, -1}, true, cv::BORDER_REPLICATE);
-        cv::scaleAdd(mean, share, sum, sum);
-        if (side > longer) break;
+        AddMeans(evidence.weight, odd, share, weight);
+        AddMeans(evidence.sum, odd, share, sum);
+        if (side > std::max(columns, rows)) break;
     }
-    cv::Mat thresholds = cv::Mat::zeros(weight.size(), CV_8U);
-    for (int y = 0; y < weight.rows; ++y) {
-        for (int x = 0; x < weight.cols; ++x) {
-            const float w = weight.at<float>(y, x);
-            if (w > 1e-6F)
-                thresholds.at<std::uint8_t>(y, x) = cv::saturate_cast<std::uint8_t>(sum.at<float>(y, x) / w);
+    Levels thresholds(columns, rows);
+    for (int y = 0; y < rows; ++y) {
+        for (int x = 0; x < columns; ++x) {
+            const double w = weight.Row(y)[x];
+            if (w > kNoEdges) thresholds.Row(y)[x] = static_cast<std::uint8_t>(sum.Row(y)[x] / (2 * w) + 0.5);
         }
     }
     return thresholds;
 }
 
+// The thresholds of a row of pixels: between the middles of the cells along straight lines.
+class ThresholdRow {
+  public:
+    explicit ThresholdRow(const Levels& ofCells)
+        : cells(ofCells),
+          column(static_cast<std::size_t>(cells.Width()) + 2),
+          row(kCell * (column.size() - 1)) {}
+
+    const std::uint8_t* At(int y) {
+        const int place = 2 * y + 1 + kCell;  // in halves of a pixel, from half a cell above the picture
+        const std::uint8_t* above = cells.Row(std::max(0, place / kParts - 1));
+        const std::uint8_t* below = cells.Row(std::min(cells.Height() - 1, place / kParts));
+        const int share = place % kParts;
+        for (int x = 0; x < cells.Width(); ++x) {
+            column[x + 1] = static_cast<std::uint16_t>((kParts - share) * above[x] + share * below[x]);
+        }
+        column.front() = column[1];
+        column.back() = column[column.size() - 2];
+        std::uint8_t* to = row.data();
+        for (std::size_t i = 0; i + 1 < column.size(); ++i) {
+            for (int k = 1; k < kParts; k += 2) {
+                const int sum = (kParts - k) * column[i] + k * column[i + 1];
+                *to++ = static_cast<std::uint8_t>((sum + kParts * kParts / 2) / (kParts * kParts));
+            }
+        }
+        return row.data() + kCell / 2;
+    }
+
+  private:
+    static constexpr int kParts = 2 * kCell;
+    const Levels& cells;
+    std::vector<std::uint16_t> column;  // in parts of kParts, repeated at both ends
+    std::vector<std::uint8_t> row;      // from half a cell before the picture on
+};
+
 }  // namespace
 
-Levelled Level(const cv::Mat& gray, int letterHeight) {
-    cv::Mat smooth;
-    cv::GaussianBlur(gray, smooth, {}, Smoothing(letterHeight));
-    cv::Mat lightest, darkest, edges;
-    const cv::Mat neighbours = cv::Mat::ones(3, 3, CV_8U);
-    cv::dilate(smooth, lightest, neighbours);
-    cv::erode(smooth, darkest, neighbours);
-    cv::subtract(lightest, darkest, edges);
+Levelled Level(const Levels& gray, int letterHeight) {
+    Levels smooth = Smoothed(gray, Smoothing(letterHeight));
+    Extremes extremes = ExtremesOf(smooth);
+    Levels edges(gray.Width(), gray.Height());
+    for (int y = 0; y < gray.Height(); ++y) {
+        const std::uint8_t* light = extremes.lightest.Row(y);
+        const std::uint8_t* dark = extremes.darkest.Row(y);
+        std::uint8_t* edge = edges.Row(y);
+        for (int x = 0; x < gray.Width(); ++x) edge[x] = static_cast<std::uint8_t>(light[x] - dark[x]);
+    }
     const int window = std::max(kWindow, static_cast<int>(kWindowPerHeight * letterHeight));
-    cv::Mat thresholds;
-    cv::resize(Thresholds(Gather(lightest, darkest, edges), window), thresholds, gray.size(), 0, 0,
-               cv::INTER_LINEAR);
-    for (int y = 0; y < gray.rows; ++y) {
-        const std::uint8_t* threshold = thresholds.ptr(y);
-        std::uint8_t* row = smooth.ptr(y);
-        for (int x = 0; x < gray.cols; ++x) {
-            row[x] = cv::saturate_cast<std::uint8_t>(kMiddle + kSteepness * (row[x] - threshold[x]));
+    const Levels thresholds = Thresholds(Gather(extremes, edges), window);
+    extremes = {};
+    ThresholdRow between(thresholds);
+    for (int y = 0; y < gray.Height(); ++y) {
+        const std::uint8_t* threshold = between.At(y);
+        std::uint8_t* row = smooth.Row(y);
+        for (int x = 0; x < gray.Width(); ++x) {
+            const int level = kMiddle + kSteepness * (row[x] - threshold[x]);
+            row[x] = static_cast<std::uint8_t>(std::clamp(level, 0, 255));
         }
     }
-    return {smooth, edges};
+    return {std::move(smooth), std::move(edges)};
 }
 
 }  // namespace host

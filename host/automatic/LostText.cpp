@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgproc.hpp>
+
+#include "automatic/Filters.h"
 
 namespace host {
 namespace {
@@ -17,32 +18,39 @@ constexpr int kEdgePixels = 6;     // in a cell, from which on it should hold in
 constexpr int kEnoughCells = 40;   // fewer tell nothing
 constexpr double kMuchLess = 0.5;  // of the cells with edges hold no ink
 
-// Cells in which strong edges cover some pixels.
-cv::Mat CellsWithEdges(const cv::Mat& gray) {
-    cv::Mat lightest, darkest;
-    const cv::Mat neighbours = cv::Mat::ones(3, 3, CV_8U);
-    cv::dilate(gray, lightest, neighbours);
-    cv::erode(gray, darkest, neighbours);
-    const cv::Mat strong = (lightest - darkest) >= kStrongEdge;
-    cv::Mat cells;
-    cv::resize(strong, cells, {(gray.cols + kCell - 1) / kCell, (gray.rows + kCell - 1) / kCell}, 0, 0,
-               cv::INTER_AREA);
-    return cells >= 255 * kEdgePixels / (kCell * kCell);
+int CellsOf(int side) {
+    return (side + kCell - 1) / kCell;
 }
 
-// Cells of the gray picture's grid, by stored rows, that have ink in the result.
-cv::Mat CellsWithInk(const HostImage& bits, const cv::Size& cells, int scale) {
-    cv::Mat ink = cv::Mat::zeros(cells, CV_8U);
+// How many pixels of strong edges every cell has.
+Levels EdgesInCells(const HostImage& gray) {
+    Levels levels(gray.Width(), gray.Height());
+    for (int y = 0; y < gray.Height(); ++y) std::copy_n(gray.TopRow(y), gray.Width(), levels.Row(y));
+    const Extremes extremes = ExtremesOf(levels);
+    Levels counts(CellsOf(gray.Width()), CellsOf(gray.Height()));
+    for (int y = 0; y < gray.Height(); ++y) {
+        const std::uint8_t* light = extremes.lightest.Row(y);
+        const std::uint8_t* dark = extremes.darkest.Row(y);
+        std::uint8_t* count = counts.Row(y / kCell);
+        for (int x = 0; x < gray.Width(); ++x)
+            if (light[x] - dark[x] >= kStrongEdge) ++count[x / kCell];
+    }
+    return counts;
+}
+
+// Cells of the gray picture's grid that have ink in the result, or beside them.
+Levels CellsNearInk(const HostImage& bits, int columns, int rows, int scale) {
+    Levels ink(columns, rows);
     const int side = kCell * scale;
     for (int y = 0; y < bits.Height(); ++y) {
-        const std::uint8_t* row = bits.Record().bits + bits.RowBytes() * static_cast<std::size_t>(y);
-        std::uint8_t* cell = ink.ptr(std::min(cells.height - 1, y / side));
+        const std::uint8_t* row = bits.TopRow(y);
+        std::uint8_t* cell = ink.Row(std::min(rows - 1, y / side));
         for (int x = 0; x < bits.Width(); x += 8) {
             const int valid = std::min(8, bits.Width() - x);
-            if ((row[x / 8] | 0xFF >> valid) != 0xFF) cell[std::min(cells.width - 1, x / side)] = 255;
+            if ((row[x / 8] | 0xFF >> valid) != 0xFF) cell[std::min(columns - 1, x / side)] = 1;
         }
     }
-    return ink;
+    return ExtremesOf(ink).lightest;
 }
 
 }  // namespace
@@ -53,12 +61,17 @@ std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bit
     const double black = BlackShare(bits);
     if (black < kNearlyBlank) warnings.emplace_back("the result is nearly blank");
     if (black > kMostlyBlack) warnings.emplace_back("the result is mostly black");
-    const cv::Mat stored(gray.Height(), gray.Width(), CV_8UC1, gray.Record().bits, gray.RowBytes());
-    const cv::Mat edges = CellsWithEdges(stored);
-    cv::Mat ink = CellsWithInk(bits, edges.size(), std::max(1, bits.Width() / gray.Width()));
-    cv::dilate(ink, ink, cv::Mat::ones(3, 3, CV_8U));
-    const int all = cv::countNonZero(edges);
-    const int bare = cv::countNonZero(edges & ~ink);
+    const Levels edges = EdgesInCells(gray);
+    const Levels ink =
+        CellsNearInk(bits, edges.Width(), edges.Height(), std::max(1, bits.Width() / gray.Width()));
+    int all = 0, bare = 0;
+    for (int y = 0; y < edges.Height(); ++y) {
+        for (int x = 0; x < edges.Width(); ++x) {
+            if (edges.Row(y)[x] < kEdgePixels) continue;
+            ++all;
+            bare += ink.Row(y)[x] == 0;
+        }
+    }
     if (all >= kEnoughCells && bare > kMuchLess * all) {
         warnings.push_back(
             "much less ink than other modes find: " + std::to_string(std::lround(100.0 * bare / all)) +

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
-#include <cstdint>
-#include <map>
-#include <opencv2/imgproc.hpp>
+#include <set>
 #include <tuple>
+#include <vector>
 
+#include "automatic/AreaTree.h"
 #include "operations/Operations.h"
 #include "picture/Picture.h"
 #include "tavrix/component_store.hpp"
@@ -15,9 +14,9 @@ namespace {
 using tavrix::host::Children;
 using tavrix::host::Store;
 
-// Sides of components, as the store has them, and their black pixels.
-using Sides = std::tuple<int, int, int, int>;  // left, lowest row, right, highest row
-using Components = std::map<Sides, std::uint32_t>;
+// Sides of components, as the store has them: left, lowest row, right, highest row.
+using Sides = std::tuple<int, int, int, int>;
+using Components = std::set<Sides>;
 
 constexpr int kBySize = 0;  // mode of Noise_Filter1
 
@@ -26,45 +25,24 @@ Components ComponentsOf(const Store& store) {
     for (const ComponentNode& block : store.blocks()) {
         for (const ComponentNode& line : Children(block)) {
             for (const ComponentNode& node : Children(line)) {
-                components[{node.left, node.bottom, node.right, node.top}] = node.pixelCount;
+                components.insert({node.left, node.bottom, node.right, node.top});
             }
         }
     }
     return components;
 }
 
-// Makes the component that has exactly these sides white; others that reach into its box stay.
-void Erase(HostImage& image, const Sides& sides, std::uint32_t pixelCount) {
-    const auto [left, low, right, high] = sides;
-    const auto bitOf = [&image](int x, int y) -> std::pair<std::uint8_t&, std::uint8_t> {
-        return {image.Record().bits[image.RowBytes() * static_cast<std::size_t>(y) + x / 8],
-                static_cast<std::uint8_t>(0x80 >> x % 8)};
-    };
-    cv::Mat1b ink(high - low + 1, right - left + 1);
-    for (int y = 0; y < ink.rows; ++y) {
-        for (int x = 0; x < ink.cols; ++x) {
-            const auto [byte, bit] = bitOf(left + x, low + y);
-            ink(y, x) = (byte & bit) == 0;
-        }
+// Makes the components that have exactly these sides white; others that reach into their boxes stay. No two
+// can touch all four sides of a box without touching each other.
+HostImage Without(const HostImage& image, const Components& components) {
+    const AreaTree tree(image, nullptr);
+    std::vector<bool> isInk;
+    for (const Area& area : tree.Areas()) {
+        const auto row = [&image](int y) { return image.Height() - 1 - y; };
+        isInk.push_back(area.isDark &&
+                        !components.contains({area.left, row(area.bottom), area.right, row(area.top)}));
     }
-    if (static_cast<std::uint32_t>(cv::countNonZero(ink)) != pixelCount) {
-        cv::Mat1i labels, facts;
-        cv::Mat1d centres;
-        const int count = cv::connectedComponentsWithStats(ink, labels, facts, centres, 8, CV_32S);
-        // No two can touch all four sides of a box without touching each other.
-        int own = 1;
-        while (own < count &&
-               (facts(own, cv::CC_STAT_WIDTH) != ink.cols || facts(own, cv::CC_STAT_HEIGHT) != ink.rows))
-            ++own;
-        ink = labels == own;
-    }
-    for (int y = 0; y < ink.rows; ++y) {
-        for (int x = 0; x < ink.cols; ++x) {
-            if (ink(y, x) == 0) continue;
-            const auto [byte, bit] = bitOf(left + x, low + y);
-            byte = static_cast<std::uint8_t>(byte | bit);
-        }
-    }
+    return tree.Paint(isInk);
 }
 
 }  // namespace
@@ -82,14 +60,14 @@ HostImage Despeckle(HostImage image, const DespeckleOptions& options) {
         if (Noise_Filter1(image.Record(), store.get(), options.width, options.height, kBySize) != 1) {
             throw PictureError(PictureError::kFailed, "Noise_Filter1 refused the picture");
         }
-        for (const auto& kept : ComponentsOf(store)) components.erase(kept.first);
+        for (const Sides& kept : ComponentsOf(store)) components.erase(kept);
         if (options.keepsLarge) {
-            std::erase_if(components, [&options](const auto& component) {
-                const auto [left, low, right, high] = component.first;
+            std::erase_if(components, [&options](const Sides& sides) {
+                const auto [left, low, right, high] = sides;
                 return right - left >= options.width || high - low >= options.height;
             });
         }
-        for (const auto& [sides, pixels] : components) Erase(image, sides, pixels);
+        if (!components.empty()) image = Without(image, components);
         isDone = components.empty() || !isFull;
     }
     return image;

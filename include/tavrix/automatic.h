@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 /* libtavrixauto: the automatic mode of the tavrix command for other hosts. It calls libtavrix and needs
-   OpenCV, so it is a library of its own. */
+   nothing else. */
 #ifndef TAVRIX_AUTOMATIC_H
 #define TAVRIX_AUTOMATIC_H
 
