@@ -75,6 +75,7 @@ std::vector<std::string> ReadList(std::istream& list, const InputOptions& option
         }
         if (!line.empty()) names.push_back(line);
     }
+    if (list.bad()) FailReading(options.list + ": " + std::strerror(errno));
     return names;
 }
 

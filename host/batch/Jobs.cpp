@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <span>
+#include <system_error>
 #include <thread>
 
 #include "batch/OutputFile.h"
@@ -133,7 +134,10 @@ ExitCode RunJobs(const InputList& inputs, const JobOptions& options,
         options.threads > 0 ? static_cast<unsigned>(options.threads) : std::thread::hardware_concurrency();
     const std::size_t threadCount = std::min<std::size_t>(std::max(asked, 1U), inputs.size());
     std::vector<std::jthread> threads;
-    for (std::size_t i = 1; i < threadCount; ++i) threads.emplace_back([&run] { run.WorkThrough(); });
+    try {
+        for (std::size_t i = 1; i < threadCount; ++i) threads.emplace_back([&run] { run.WorkThrough(); });
+    } catch (const std::system_error&) {  // those that could be started do the work
+    }
     run.WorkThrough();
     threads.clear();
     run.Close();

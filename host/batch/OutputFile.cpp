@@ -81,7 +81,8 @@ int Fill(int file, std::span<const std::uint8_t> bytes, const Properties& proper
     if (properties.owner != geteuid() || properties.group != getegid()) {
         [[maybe_unused]] const int tried = fchown(file, properties.owner, properties.group);  // root can
     }
-    if (fchmod(file, properties.mode) != 0) return errno;
+    // Where there are no permissions to set, those that the file system gives are all there is.
+    if (fchmod(file, properties.mode) != 0 && errno != EPERM && errno != EOPNOTSUPP) return errno;
     if (!properties.source.empty()) {  // some file systems have no attributes
         fsetxattr(file, kSourceAttribute, properties.source.data(), properties.source.size(), 0);
     }
@@ -148,7 +149,8 @@ void WriteWhole(const std::string& path, std::span<const std::uint8_t> bytes, co
     error.clear();  // that nothing is there yet is none
     const fs::path target = fs::exists(status) ? fs::canonical(path, error) : fs::path(path);
     if (error) Fail(path, error.value());
-    if (target.has_parent_path()) fs::create_directories(target.parent_path(), error);
+    if (target.has_parent_path() && !fs::create_directories(target.parent_path(), error) && error)
+        Fail(path, error.value());
     Properties properties;
     struct stat old = {};
     if (stat(target.c_str(), &old) == 0) {

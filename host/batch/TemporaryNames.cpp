@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <thread>
 
 namespace host {
@@ -44,7 +45,11 @@ void RemoveTemporariesOnSignals() {
         }
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // threads inherit it
-    std::thread([signals] { EndBySignal(signals); }).detach();
+    try {
+        std::thread([signals] { EndBySignal(signals); }).detach();
+    } catch (const std::system_error&) {  // a signal then ends the process as it always does
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    }
 }
 
 TemporaryName::TemporaryName(const std::string& folder, const std::function<int(const char* name)>& make) {

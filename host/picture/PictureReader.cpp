@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "picture/PictureReader.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -27,6 +29,8 @@ class SinglePage : public PictureReader {
 bool StartsWith(Bytes bytes, std::string_view mark) {
     return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
 }
+
+constexpr std::size_t kMarkBytes = 32;  // of a file tell its kind
 
 enum class Kind { kUnknown, kPng, kJpeg, kTiff, kBmp, kPnm, kWebp, kHeif };
 
@@ -60,32 +64,49 @@ Kind KindOf(Bytes head) {
     return Kind::kUnknown;
 }
 
-// The whole file, unless its start tells that it is no picture.
-std::vector<std::uint8_t> ReadAll(std::FILE* file) {
-    constexpr std::size_t kChunk = 1 << 20;
-    std::vector<std::uint8_t> bytes;
-    std::size_t got = 0;
-    do {
-        const std::size_t size = bytes.size();
-        bytes.resize(size + std::max(kChunk, size / 2));
-        got = std::fread(bytes.data() + size, 1, bytes.size() - size, file);
-        bytes.resize(size + got);
-    } while (got > 0 && KindOf(bytes) != Kind::kUnknown);
-    if (std::ferror(file)) FailReading(std::strerror(errno));
-    return bytes;
+class Descriptor {
+  public:
+    explicit Descriptor(const std::string& path)
+        : number(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (number < 0) FailReading(std::strerror(errno));
+    }
+    ~Descriptor() {
+        if (number != STDIN_FILENO) close(number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int Get() const { return number; }
+
+  private:
+    int number;
+};
+
+// How many bytes came; 0 at the end.
+std::size_t ReadSome(int file, std::span<std::uint8_t> bytes) {
+    for (;;) {
+        const ssize_t count = read(file, bytes.data(), bytes.size());
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) FailReading(std::strerror(errno));
+    }
 }
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
+// The whole file, unless its start tells that it is no picture.
 std::vector<std::uint8_t> ReadFile(const std::string& path) {
-    if (path == "-") return ReadAll(stdin);
-    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) FailReading(std::strerror(errno));
+    constexpr std::size_t kLeast = 1 << 16;  // bytes asked for at once
+    const Descriptor file(path);
     struct stat facts = {};
-    if (fstat(fileno(file.get()), &facts) == 0 && S_ISDIR(facts.st_mode)) {
-        FailReading("is a folder (-r takes the pictures in it)");
-    }
-    return ReadAll(file.get());
+    fstat(file.Get(), &facts);
+    if (S_ISDIR(facts.st_mode)) FailReading("is a folder (-r takes the pictures in it)");
+    const std::size_t whole = S_ISREG(facts.st_mode) ? static_cast<std::size_t>(facts.st_size) + 1 : 0;
+    std::vector<std::uint8_t> bytes(whole != 0 ? std::min(whole, kLeast) : kLeast);
+    std::size_t size = 0, got = 0;
+    do {
+        if (size == bytes.size()) bytes.resize(std::max(whole, 2 * size));
+        got = ReadSome(file.Get(), std::span(bytes).subspan(size));
+        size += got;
+    } while (got > 0 && (size < kMarkBytes || KindOf(std::span(bytes).first(size)) != Kind::kUnknown));
+    bytes.resize(size);
+    return bytes;
 }
 
 }  // namespace
@@ -103,10 +124,12 @@ std::uint32_t LittleEndian(Bytes bytes, std::size_t at, std::size_t size) {
 }
 
 bool LooksLikePicture(const std::string& path) {
-    std::array<std::uint8_t, 32> head;
-    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
-    return !file ||
-           KindOf({head.data(), std::fread(head.data(), 1, head.size(), file.get())}) != Kind::kUnknown;
+    std::array<std::uint8_t, kMarkBytes> head;
+    try {
+        return KindOf(std::span(head).first(ReadSome(Descriptor(path).Get(), head))) != Kind::kUnknown;
+    } catch (const PictureError&) {
+        return true;
+    }
 }
 
 std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels) {

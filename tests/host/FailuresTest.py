@@ -105,20 +105,6 @@ class OutputTest(CommandTest):
             self.fail_with(4, "standard output", "modes", stdout=full)
         self.assertEqual(self.names(), ["file", "in.pgm"])
 
-    def test_a_disk_that_fills_up_keeps_the_old_file(self):
-        disk = self.folder / "disk"
-        disk.mkdir()
-        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", disk], capture_output=True).returncode:
-            self.skipTest("cannot mount a small disk here")
-        try:
-            (disk / "out.bmp").write_bytes(b"old")
-            (disk / "filler").write_bytes(bytes(40000))
-            self.fail_with(4, "No space left", "rotate", "-a", "0", SAMPLES / "card-gray.png", "-o", "disk/out.bmp")
-            self.assertEqual(self.names("disk"), ["filler", "out.bmp"])
-            self.assertEqual(self.read("disk/out.bmp"), b"old")
-        finally:
-            subprocess.run(["umount", disk], check=True)
-
     def test_closed_pipe(self):
         reader, writer = os.pipe()
         os.close(reader)

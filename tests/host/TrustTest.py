@@ -2,10 +2,8 @@
 """What ten thousand files need: nothing lost, nothing damaged, nothing left behind, and a run that can go on."""
 import json
 import os
-import signal
 import stat
 import subprocess
-import time
 import unittest
 
 from support import *
@@ -114,28 +112,6 @@ class OutputsTest(CommandTest):
         self.succeed("binarize", "in.pgm", "-o", "old.tif", "--force")
         self.assertEqual(self.read("old.tif"), self.read("out.tif"))
         self.assertEqual(stat.S_IMODE((self.folder / "old.tif").stat().st_mode), 0o444)
-
-    def test_nothing_stays_after_a_signal(self):
-        Image.new("RGB", (3000, 3000)).save(self.folder / "in.ppm")
-        (self.folder / "out").mkdir()
-        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP) * 2:
-            process = subprocess.Popen([COMMAND, "rotate", "-a", "0", "-q", "-o", "out/", "--name", "{stem}-{ext}.bmp",
-                                        "--files-from", "-"], stdin=subprocess.PIPE, cwd=self.folder)
-            for i in range(40):
-                if not (self.folder / f"{i}.ppm").exists():
-                    os.link(self.folder / "in.ppm", self.folder / f"{i}.ppm")
-            process.stdin.write("".join(f"{i}.ppm\n" for i in range(40)).encode())
-            process.stdin.close()
-            deadline = time.time() + 60
-            while not any(os.scandir(self.folder / "out")) and time.time() < deadline:
-                time.sleep(0.001)
-            process.send_signal(number)
-            self.assertEqual(process.wait(60), -number)
-            left = self.names("out")
-            self.assertTrue(left and all(name.endswith(".bmp") for name in left), left)
-            self.assertEqual({(self.folder / "out" / name).stat().st_size for name in left}, {54 + 3000 * 3000 * 3})
-            shutil.rmtree(self.folder / "out")
-            (self.folder / "out").mkdir()
 
 
 class FindingsFilesTest(CommandTest):
