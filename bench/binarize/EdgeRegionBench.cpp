@@ -62,15 +62,25 @@ void SobelPass(benchmark::State& state) {
 }
 BENCHMARK(SobelPass)->Name("SobelMagnitude")->Apply(PageSizes);
 
+// A page worked out of another one, row by row.
+template <class Filter>
+void Derive(benchmark::State& state, Bench& bench, const Filter& filter) {
+    bench.Run(state, [&] {
+        for (int y = 0; y < bench.gray.height; ++y) {
+            filter(y, RowsAround(bench.gray, y), bench.target.Row(y));
+        }
+    });
+}
+
 void Smooth(benchmark::State& state) {
     Bench bench(state);
-    bench.Run(state, [&] { SmoothRegion(bench.gray, bench.target, bench.gray.Whole()); });
+    Derive(state, bench, Smoothing(bench.gray, bench.gray.Whole()));
 }
 BENCHMARK(Smooth)->Name("SmoothRegion")->Apply(PageSizes);
 
 void Sharpen(benchmark::State& state) {
     Bench bench(state);
-    bench.Run(state, [&] { SharpenRegion(bench.gray, bench.target, bench.gray.Whole(), 10.0f); });
+    Derive(state, bench, Sharpening(bench.gray, bench.gray.Whole(), 10.0f));
 }
 BENCHMARK(Sharpen)->Name("SharpenRegion")->Apply(PageSizes);
 
@@ -85,7 +95,8 @@ BENCHMARK(Threshold)->Name("ThresholdRegion")->Apply(PageSizes);
 void FillAndMark(benchmark::State& state) {
     Bench bench(state);
     std::vector<std::uint8_t> mask(bench.gray.Bytes());
-    GrayMask(bench.gray, 128, bench.gray.Over(mask.data()));
+    ThresholdRegion(bench.gray, bench.gray.Over(mask.data()), bench.gray.Reach(), 128, Earlier::kOverwritten,
+                    1.1);
     bench.Run(state, [&] {
         std::memcpy(bench.target.pixels, mask.data(), mask.size());
         FillAndMarkRegion(bench.target, bench.gray.Whole());
@@ -95,16 +106,15 @@ BENCHMARK(FillAndMark)->Name("FillAndMarkRegion")->Apply(PageSizes);
 
 void StrokeEnds(benchmark::State& state) {
     Bench bench(state);
-    GrayMask(bench.gray, 128, bench.target);
-    bench.Run(state, [&] { benchmark::DoNotOptimize(CountStrokeEnds(bench.target)); });
+    const Mask mask = Mask::UpTo(bench.gray, 128);
+    bench.Run(state, [&] { benchmark::DoNotOptimize(CountStrokeEnds(mask)); });
 }
 BENCHMARK(StrokeEnds)->Name("CountStrokeEnds")->Apply(PageSizes);
 
 void Components(benchmark::State& state) {
     Bench bench(state);
-    GrayMask(bench.gray, 128, bench.target);
-    bench.Run(state,
-              [&] { benchmark::DoNotOptimize(FindTextComponents(bench.target, bench.gray, false).size()); });
+    const Mask mask = Mask::UpTo(bench.gray, 128);
+    bench.Run(state, [&] { benchmark::DoNotOptimize(FindTextComponents(mask, bench.gray, false).size()); });
 }
 BENCHMARK(Components)->Name("FindTextComponents")->Apply(PageSizes);
 

@@ -35,17 +35,21 @@ void Unlink(ComponentNode*& head, const ComponentNode* node) {
 
 }  // namespace
 
-bool Create(ComponentStore& store, std::uint32_t initialCount, std::uint32_t growStep) {
-    if (store.state == TAVRIX_STORE_ALLOCATED) Release(store);
-    store = {};
-    store.nodes = static_cast<ComponentNode*>(
-        platform::AllocFixed(std::size_t{TAVRIX_STORE_CAPACITY} * sizeof(ComponentNode)));
-    if (store.nodes == nullptr) return false;
-    store.freeList = store.nodes;
+void Lay(ComponentStore& store, ComponentNode* nodes, std::uint32_t initialCount, std::uint32_t growStep) {
+    store.nodes = nodes;
+    store.freeList = nodes;
     store.state = TAVRIX_STORE_ALLOCATED;
     store.growStep = growStep;
     store.threadedCount = initialCount;
     Thread(store, 0, initialCount);
+}
+
+bool Create(ComponentStore& store, std::uint32_t initialCount, std::uint32_t growStep) {
+    if (store.state == TAVRIX_STORE_ALLOCATED) Release(store);
+    store = {};
+    auto* nodes = static_cast<ComponentNode*>(platform::AllocFixed(kBytes));
+    if (nodes == nullptr) return false;
+    Lay(store, nodes, initialCount, growStep);
     return true;
 }
 

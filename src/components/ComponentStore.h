@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "image/Rect.h"
@@ -11,6 +12,12 @@
 // hosts. No operation checks its node arguments.
 namespace tavrix::store {
 
+// Of all slots.
+inline constexpr std::size_t kBytes = std::size_t{TAVRIX_STORE_CAPACITY} * sizeof(ComponentNode);
+// Makes an empty store in zeroed memory for all slots, of which it threads initialCount (1 ..
+// TAVRIX_STORE_CAPACITY) and touches no other.
+void Lay(ComponentStore& store, ComponentNode* nodes, std::uint32_t initialCount = TAVRIX_STORE_INITIAL_COUNT,
+         std::uint32_t growStep = TAVRIX_STORE_GROW_STEP);
 // Allocates the node block and threads initialCount slots (1 .. TAVRIX_STORE_CAPACITY); releases the one
 // before. False when memory runs out; nodes is then null.
 [[nodiscard]] bool Create(ComponentStore& store, std::uint32_t initialCount = TAVRIX_STORE_INITIAL_COUNT,

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
+#include <memory>
 
 #include "image/DibImage.h"
 #include "image/Rect.h"
@@ -42,6 +42,12 @@ struct BasicPlane {
 
 using Plane = BasicPlane<std::uint8_t>;
 using ConstPlane = BasicPlane<const std::uint8_t>;
+
+// Memory for a plane like this one, not cleared.
+using Pixels = std::unique_ptr<std::uint8_t[]>;
+inline Pixels PixelsFor(const ConstPlane& plane) {
+    return Pixels(new std::uint8_t[plane.Bytes()]);
+}
 
 // The pixels of an 8-bit image.
 inline Plane PlaneOfPixels(DibImage& image) {

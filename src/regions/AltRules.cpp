@@ -46,9 +46,8 @@ int SmoothedTextThreshold(const AltRule& rule, const Region& region, const PageF
 // Text is filled and marked, however dark it came out.
 Finish BinarizeText(const AltRule& rule, Region& region, const PageFindings& page) {
     if (page.secondPass) {
-        region.Smooth(region.gray, region.result);
-        region.Threshold(region.result, region.result, SmoothedTextThreshold(rule, region, page),
-                         kOverwritten);
+        region.SmoothInPlace();
+        region.ThresholdResult(SmoothedTextThreshold(rule, region, page), kOverwritten);
     } else {
         const bool large = region.rect.Width() > kLargeWidth && region.rect.Height() > kLargeHeight;
         const int isodata = region.Isodata();
@@ -60,8 +59,8 @@ Finish BinarizeText(const AltRule& rule, Region& region, const PageFindings& pag
 Finish BinarizeHalfDark(Region& region, const PageFindings& page) {
     const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
     if (verdict != Verdict::kMostlyDark && page.secondPass) {
-        region.Smooth(region.gray, region.result);
-        region.Threshold(region.result, region.result, region.Isodata() + kSmoothed, kOverwritten);
+        region.SmoothInPlace();
+        region.ThresholdResult(region.Isodata() + kSmoothed, kOverwritten);
     }
     return region.FinishOf(verdict);
 }

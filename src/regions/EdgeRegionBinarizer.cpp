@@ -2,12 +2,10 @@
 #include "regions/EdgeRegionBinarizer.h"
 
 #include <algorithm>
-#include <memory>
 
 #include "platform/OutputFile.h"
 #include "regions/AltRules.h"
 #include "regions/EdgeMeasures.h"
-#include "regions/PreMask.h"
 #include "regions/RegionBuilding.h"
 #include "regions/SharpRule.h"
 #include "regions/SideBorders.h"
@@ -21,8 +19,8 @@ constexpr std::uint8_t kMarginGray = 200;
 constexpr int kPlainMargin = 15;   // columns painted where no border was found
 constexpr int kBeyondBorder = 13;  // columns painted beyond a border
 
-void Fill(const Plane& plane, std::uint8_t value) {
-    std::fill_n(plane.pixels, plane.Bytes(), value);
+void FillWhite(const Plane& plane) {
+    std::fill_n(plane.pixels, plane.Bytes(), std::uint8_t{255});
 }
 
 }  // namespace
@@ -33,35 +31,36 @@ EdgeRegionBinarizer::EdgeRegionBinarizer(DibImage* page) {
 
 bool EdgeRegionBinarizer::Binarize() {
     if (!HasPixels()) return false;
-    const auto result = std::unique_ptr<std::uint8_t[]>(new std::uint8_t[src.Bytes()]);
-    const auto scratch = std::make_unique<std::uint8_t[]>(src.Bytes());
-    const RulePlanes planes{src, src.Over(scratch.get()), src.Over(result.get())};
-    const PageFindings page = BuildPreMask(planes.result, planes.scratch);
-    return RefineByRegions(page, planes) && image->PackToOneBit(result.get());
+    const Pixels result = PixelsFor(src);
+    const RulePlanes planes{src, src.Over(result.get()), {}};
+    const PreMask mask = BuildPreMask(planes.result);
+    return RefineByRegions(mask, planes) && image->PackToOneBit(result.get());
 }
 
 bool EdgeRegionBinarizer::BinarizeBlock() {
     if (!HasPixels()) return false;
-    std::vector<std::uint8_t> scratch(src.Bytes()), result(src.Bytes(), 255);
-    const RulePlanes planes{src, src.Over(scratch.data()), src.Over(result.data())};
+    const Pixels result = PixelsFor(src);
+    const RulePlanes planes{src, src.Over(result.get()), {}};
+    FillWhite(planes.result);
     const Finishing finishing = BinarizeRegion(PageFindings{}, planes, src.Whole());
     FinishRegion(planes.result, src.Whole(), finishing.how);  // without strong edges
-    return image->PackToOneBit(result.data());
+    return image->PackToOneBit(result.get());
 }
 
 bool EdgeRegionBinarizer::BinarizeSharp() {
     if (!HasPixels()) return false;
-    std::vector<std::uint8_t> scratch(src.Bytes(), 255), result(src.Bytes(), 255);
-    const RulePlanes planes{src, src.Over(scratch.data()), src.Over(result.data())};
+    const Pixels result = PixelsFor(src);
+    const RulePlanes planes{src, src.Over(result.get()), {}};
+    FillWhite(planes.result);
     FinishRegions(planes, {{src.Whole(), BinarizeRegionSharp(planes, src.Whole())}});
-    return image->PackToOneBit(result.data());
+    return image->PackToOneBit(result.get());
 }
 
-PageFindings EdgeRegionBinarizer::BuildPreMask(const Plane& preMask, const Plane& edges) {
+PreMask EdgeRegionBinarizer::BuildPreMask(const Plane& edges) {
     ComputeHistogram(1);
-    const int strokeEndCount = MaskStrokes(histogram, src, edges, preMask);
+    const Strokes strokes = MaskStrokes(histogram, src, edges);
     PaintPageMargins();
-    return ChoosePreMask({src, edges, preMask}, histogram, strokeEndCount);
+    return ChoosePreMask({src, edges, strokes, histogram});
 }
 
 void EdgeRegionBinarizer::PaintPageMargins() {
@@ -71,12 +70,12 @@ void EdgeRegionBinarizer::PaintPageMargins() {
     image->WriteBmp(platform::kDebugDumpPath);
 }
 
-bool EdgeRegionBinarizer::RefineByRegions(const PageFindings& page, const RulePlanes& planes) {
+bool EdgeRegionBinarizer::RefineByRegions(const PreMask& mask, const RulePlanes& planes) {
+    const PageFindings& page = mask.page;
     const std::vector<ComponentRecord> components =
-        FindTextComponents(planes.result, src, page.globalThresholdUsed);
+        FindTextComponents(mask.foreground, src, page.globalThresholdUsed);
     if (components.empty()) return false;
-    Fill(planes.scratch, 0);
-    Fill(planes.result, 255);
+    FillWhite(planes.result);
     std::vector<RegionNode> regions;
     for (const Rect& rect : BuildRegions(src, components)) {
         const Finishing finishing = page.useAltRegionRule ? Finishing{BinarizeRegionAlt(page, planes, rect)}
@@ -90,8 +89,7 @@ bool EdgeRegionBinarizer::RefineByRegions(const PageFindings& page, const RulePl
 void EdgeRegionBinarizer::FinishRegions(const RulePlanes& planes, const std::vector<RegionNode>& regions) {
     for (const RegionNode& region : regions) {
         const Rect rect = FinishRegion(planes.result, region.rect, region.finishing.how);
-        if (region.finishing.withStrongEdges)
-            AddStrongEdges(planes.gray, planes.scratch, planes.result, rect);
+        if (region.finishing.withStrongEdges) AddStrongEdges(planes.gray, planes.result, rect);
     }
 }
 

@@ -2,6 +2,7 @@
 #include "regions/Finishing.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "regions/EdgeMeasures.h"
 #include "regions/RegionKernels.h"
@@ -38,11 +39,18 @@ Rect FinishRegion(const Plane& result, const Rect& rect, Finish how) {
     return rect;
 }
 
-void AddStrongEdges(const ConstPlane& gray, const Plane& scratch, const Plane& result, const Rect& rect) {
-    StrongEdgeMask(gray, scratch, rect, kStrongEdge);
+void AddStrongEdges(const ConstPlane& gray, const Plane& result, const Rect& rect) {
+    const EdgeRows edgeRows(gray);
+    const auto maskUpTo = platform::KernelsOf<MaskKernels>().maskUpTo;
     const auto applyEdgesRow = platform::KernelsOf<RegionKernels>().applyEdgesRow;
+    // On the page's frame the strengths, which are 0, count as strong.
+    const int first = std::max<int>(rect.x0, 1), last = std::min<int>(rect.x1, gray.rowBytes - 2);
+    std::vector<std::uint8_t> edges(static_cast<std::size_t>(gray.rowBytes));
     for (int y = rect.y0; y <= rect.y1; ++y) {
-        applyEdgesRow(result.Row(y) + rect.x0, scratch.Row(y) + rect.x0, rect.x1 - rect.x0 + 1);
+        edgeRows.Measure(y, RowsAround(gray, y), rect.x0, rect.x1, edges.data());
+        const bool isFrame = y == 0 || y == gray.height - 1 || last < first;
+        if (!isFrame) maskUpTo(&edges[first], last - first + 1, kStrongEdge, &edges[first]);
+        applyEdgesRow(result.Row(y) + rect.x0, &edges[rect.x0], rect.x1 - rect.x0 + 1);
     }
 }
 

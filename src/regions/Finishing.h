@@ -30,7 +30,7 @@ struct RegionNode {
 Rect FinishRegion(const Plane& result, const Rect& rect, Finish how);
 
 // Black for good where the gray page has strong edges or the result is black for good, else white for good.
-// The rectangle lies inside the planes; scratch takes the mask of the edges.
-void AddStrongEdges(const ConstPlane& gray, const Plane& scratch, const Plane& result, const Rect& rect);
+// The rectangle lies inside the planes.
+void AddStrongEdges(const ConstPlane& gray, const Plane& result, const Rect& rect);
 
 }  // namespace tavrix

@@ -2,6 +2,7 @@
 #include "regions/LineRegionBinarizer.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "components/ComponentExtractor.h"
 #include "components/ComponentNoiseFilter.h"
@@ -11,7 +12,6 @@
 #include "image/PixelKernels.h"
 #include "regions/AltRules.h"
 #include "regions/EdgeMeasures.h"
-#include "regions/PreMask.h"
 #include "regions/SideBorders.h"
 #include "regions/StandardRules.h"
 
@@ -34,21 +34,19 @@ LineRegionBinarizer::LineRegionBinarizer(DibImage* page) {
 bool LineRegionBinarizer::Binarize() {
     if (!HasPixels()) return false;
     PaintPageMargins();
-    DibImage result(image), scratch(image);
-    if (result.bits == nullptr || scratch.bits == nullptr) return false;
-    const RulePlanes planes{gray, gray.Over(scratch.bits), gray.Over(result.bits)};
-    const PageFindings page = BuildLinePreMask(planes.result, planes.scratch);
-    return RefineByLines(page, planes) && image->PackToOneBit(result);
+    const Pixels result = PixelsFor(gray);
+    RulePlanes planes{gray, gray.Over(result.get()), {}};
+    const PreMask mask = BuildLinePreMask(planes.result);
+    return RefineByLines(mask, planes) && image->PackToOneBit(result.get());
 }
 
 bool LineRegionBinarizer::BinarizeBlock() {
     if (!HasPixels()) return false;
-    DibImage scratch(image), result(image);
-    if (scratch.bits == nullptr || result.bits == nullptr) return false;
-    const RulePlanes planes{gray, gray.Over(scratch.bits), gray.Over(result.bits)};
+    const Pixels result = PixelsFor(gray);
+    const RulePlanes planes{gray, gray.Over(result.get()), {}};
     FillPixels(planes.result, kWhite);
     FinishRegion(planes.result, gray.Whole(), LineRule(PageFindings{}, planes, gray.Whole()));
-    return image->PackToOneBit(result);
+    return image->PackToOneBit(result.get());
 }
 
 void LineRegionBinarizer::PaintPageMargins() {
@@ -57,34 +55,51 @@ void LineRegionBinarizer::PaintPageMargins() {
     PaintMargins(gray, margin(borders.left), margin(borders.right), kWhite);
 }
 
-PageFindings LineRegionBinarizer::BuildLinePreMask(const Plane& preMask, const Plane& edges) {
+PreMask LineRegionBinarizer::BuildLinePreMask(const Plane& edges) {
     ComputeHistogram(1);
-    const int strokeEndCount = MaskStrokes(histogram, gray, edges, preMask);
-    return ChooseLinePreMask({gray, edges, preMask}, histogram, strokeEndCount);
+    const Strokes strokes = MaskStrokes(histogram, gray, edges);
+    return ChooseLinePreMask({gray, edges, strokes, histogram});
 }
 
-bool LineRegionBinarizer::RefineByLines(const PageFindings& page, const RulePlanes& planes) {
+bool LineRegionBinarizer::RefineByLines(const PreMask& mask, RulePlanes& planes) {
     PrivateStore components;
-    {
-        DibImage mask;
-        if (!mask.Create(width, height, 1) || !components.IsReady()) return false;
-        const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
-        for (int y = 0; y < height; ++y) packAbove(planes.result.Row(y), width, 1, mask.Row(y));
-        ComponentExtractor(&mask).Run(components);
-        ComponentNoiseFilter filter(&mask);
-        filter.Run(components, kSmallest, kSmallest);
-        OrientedBlockGrouper(&mask).Run(components);
-        filter.FilterForBinarization(components);
-    }
+    if (!components.IsReady()) return false;
+    if (!FindLines(mask.foreground, planes.result, components)) return false;
     FillPixels(planes.result, kWhite);
-    BinarizeLines(page, planes, components);
+    Pixels sharpened;
+    if (mask.page.midToneHint) {
+        sharpened = PixelsFor(gray);
+        planes.sharpened = gray.Over(sharpened.get());
+        FillPixels(planes.sharpened, kWhite);
+    }
+    BinarizeLines(mask.page, planes, components);
+    return true;
+}
+
+// The packed mask goes to the start of the memory, where its rows stay behind those that it is made from.
+bool LineRegionBinarizer::FindLines(const Mask& foreground, const Plane& memory,
+                                    ComponentStore& components) const {
+    BITMAPINFOHEADER header{};
+    header.biWidth = width;
+    header.biHeight = height;
+    header.biBitCount = 1;
+    DibImage mask(&header, nullptr, memory.pixels);
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(gray.rowBytes));
+    const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
+    for (int y = 0; y < height; ++y) {
+        foreground.WriteRow(y, row.data());
+        packAbove(row.data(), width, 0, mask.Row(y));
+    }
+    if (!ComponentExtractor(&mask).Run(components)) return false;
+    ComponentNoiseFilter filter(&mask);
+    filter.Run(components, kSmallest, kSmallest);
+    OrientedBlockGrouper(&mask).Run(components);
+    filter.FilterForBinarization(components);
     return true;
 }
 
 void LineRegionBinarizer::BinarizeLines(PageFindings page, const RulePlanes& planes,
                                         const ComponentStore& components) const {
-    // Only the rule for gray pages reads scratch beyond the rectangle that it has just filled.
-    if (page.midToneHint) FillPixels(planes.scratch, kWhite);
     bool anyLine = false;
     store::ForEachLine(components, [&](const ComponentNode* line) {
         anyLine = true;
@@ -99,7 +114,7 @@ void LineRegionBinarizer::BinarizeLines(PageFindings page, const RulePlanes& pla
     });
     if (anyLine) return;
     const Region whole(kLineFamily, planes, gray.Whole());
-    whole.Threshold(gray, planes.result, whole.DarkMean() + kAboveDarkMean, Earlier::kOverwritten);
+    whole.ThresholdGray(whole.DarkMean() + kAboveDarkMean, Earlier::kOverwritten);
 }
 
 Rect LineRegionBinarizer::PaddedRect(const ComponentNode& line) const {

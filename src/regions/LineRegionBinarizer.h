@@ -3,7 +3,7 @@
 
 #include "binarize/Binarizer.h"
 #include "image/Plane.h"
-#include "regions/PageFindings.h"
+#include "regions/PreMask.h"
 #include "regions/Region.h"
 
 namespace tavrix {
@@ -13,7 +13,7 @@ namespace tavrix {
 // rectangle is thresholded by the class of its tones (StandardRules, AltRules) and cleaned up (Finishing).
 // Dark bands with bright text come out as dark text on white.
 //
-// Working planes are blank copies of the page; their padding stays 0 and counts as outside.
+// The padding of working planes counts as outside.
 class LineRegionBinarizer : public Binarizer {
   public:
     explicit LineRegionBinarizer(DibImage* page);
@@ -26,10 +26,13 @@ class LineRegionBinarizer : public Binarizer {
     bool HasPixels() const { return width > 0 && height > 0; }
 
     void PaintPageMargins();
-    // Measures the page and makes the mask (0 is foreground). edges comes zeroed.
-    PageFindings BuildLinePreMask(const Plane& preMask, const Plane& edges);
-    // Turns the pre-mask, which comes in place of the result, into the result.
-    bool RefineByLines(const PageFindings& page, const RulePlanes& planes);
+    // Measures the page and finds its foreground.
+    PreMask BuildLinePreMask(const Plane& edges);
+    // Turns the page's edges, which come in place of the result, into the result.
+    bool RefineByLines(const PreMask& mask, RulePlanes& planes);
+    // The components of the foreground, grouped into lines. Works in the memory of a plane. False when memory
+    // runs out.
+    bool FindLines(const Mask& foreground, const Plane& memory, ComponentStore& components) const;
     void BinarizeLines(PageFindings page, const RulePlanes& planes, const ComponentStore& components) const;
     // The rectangle of a line with some margin, which may reach a column and a row beyond the page.
     Rect PaddedRect(const ComponentNode& line) const;

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "binarize/Binarizer.h"
-#include "regions/EdgeMeasures.h"
 #include "regions/HistogramClass.h"
 #include "regions/HistogramMeasures.h"
 #include "regions/Region.h"
@@ -34,16 +33,14 @@ int TenthsOf(int threshold, int tenths) {
     return threshold * tenths / 10;
 }
 
-void ThresholdGlobally(const PreMaskPlanes& planes, int threshold, PageFindings& page) {
-    GrayMask(planes.gray, threshold, planes.mask);
-    page.globalThresholdUsed = true;
+void ThresholdGlobally(const MeasuredPage& measured, int threshold, PreMask& mask) {
+    mask.foreground = Mask::UpTo(measured.gray, threshold);
+    mask.page.globalThresholdUsed = true;
 }
 
-// Measures the edges of the smoothed page. The padding of the mask keeps what it was, which the edges see.
-void SmoothForEdges(const PreMaskPlanes& planes, PageFindings& page) {
-    SmoothRegion(planes.gray, planes.mask, planes.gray.Whole());
-    SobelMagnitude(planes.mask, planes.edges, planes.gray.Whole());
-    page.secondPass = true;
+void SmoothForEdges(const MeasuredPage& measured, PreMask& mask) {
+    MeasureSmoothedEdges(measured.gray, measured.edges);
+    mask.page.secondPass = true;
 }
 
 // A global threshold on a very bright busy page finds its text: no need for the alternative rule.
@@ -55,32 +52,33 @@ void CheckBrightPage(const HistogramShares& shares, PageFindings& page) {
 
 // ---- the edge-guided method
 
-void ChooseBusyMask(const PreMaskPlanes& planes, const std::uint32_t* histogram, PageFindings& page) {
-    const HistogramShares shares = SharesOf(histogram);
-    const HistogramClass kind = ClassifyHistogram(shares, page.strokeEndCount);
-    const bool veryBusy = page.strokeEndCount > kVeryBusyEnds;
+void ChooseBusyMask(const MeasuredPage& measured, PreMask& mask) {
+    const HistogramShares shares = SharesOf(measured.histogram);
+    const HistogramClass kind = ClassifyHistogram(shares, measured.strokes.ends);
+    const bool veryBusy = measured.strokes.ends > kVeryBusyEnds;
     const int threshold =
-        TenthsOf(Binarizer::IsodataThreshold(histogram), veryBusy ? kVeryBusyTenths : kBusyTenths);
-    page.useAltRegionRule = true;
+        TenthsOf(Binarizer::IsodataThreshold(measured.histogram), veryBusy ? kVeryBusyTenths : kBusyTenths);
+    const Mask edges = Mask::From(measured.edges, threshold);
+    mask.page.useAltRegionRule = true;
     if (HasManyGrays(kind)) {
-        if (shares.low < kHardlyDark) page.useAltRegionRule = false;
-        SmoothForEdges(planes, page);
-        EdgeMask(planes.edges, threshold, planes.mask);
-        if (CountStrokeEnds(planes.mask) <= kCleanEnds) {
-            EdgeMask(planes.edges, kPlainEdge, planes.mask);
+        if (shares.low < kHardlyDark) mask.page.useAltRegionRule = false;
+        SmoothForEdges(measured, mask);
+        if (CountStrokeEnds(edges) <= kCleanEnds) {
+            mask.foreground = Mask::From(measured.edges, kPlainEdge);
             return;
         }
-    } else if (!IsTwoToned(kind)) {
-        EdgeMask(planes.edges, threshold, planes.mask);
-        if (CountStrokeEnds(planes.mask) <= kCleanEnds) return;
+    } else if (!IsTwoToned(kind) && CountStrokeEnds(edges) <= kCleanEnds) {
+        mask.foreground = edges;
+        return;
     }
-    ThresholdGlobally(planes, threshold, page);
-    CheckBrightPage(shares, page);
+    ThresholdGlobally(measured, threshold, mask);
+    CheckBrightPage(shares, mask.page);
 }
 
-void ChooseMediumMask(const PreMaskPlanes& planes, PageFindings& page) {
+void ChooseMediumMask(const MeasuredPage& measured, PreMask& mask) {
+    PageFindings& page = mask.page;
     std::array<std::uint32_t, 256> histogram;  // of the painted page
-    RegionHistogram(planes.gray, planes.gray.Whole(), histogram.data());
+    RegionHistogram(measured.gray, measured.gray.Whole(), histogram.data());
     const HistogramShares shares = SharesOf(histogram.data());
     const HistogramClass kind = ClassifyHistogram(shares, page.strokeEndCount);
     const bool hasDarkText = DarkTextMean(histogram.data(), kEdgeFamily.darkTextShare).has_value();
@@ -92,96 +90,96 @@ void ChooseMediumMask(const PreMaskPlanes& planes, PageFindings& page) {
 
     const int isodata = Binarizer::IsodataThreshold(histogram.data());
     if (kind == HistogramClass::kDarkOnBright) {
-        ThresholdGlobally(planes, isodata, page);
+        ThresholdGlobally(measured, isodata, mask);
     } else if (kind != HistogramClass::kBrightTinted) {
         page.secondPass = true;
     } else if (page.strokeEndCount > kManyMediumEnds) {
-        SmoothForEdges(planes, page);
-        EdgeMask(planes.edges, kPlainEdge, planes.mask);
+        SmoothForEdges(measured, mask);
+        mask.foreground = Mask::From(measured.edges, kPlainEdge);
     } else if (shares.mid > kMediumGrays) {
-        ThresholdGlobally(planes, isodata + kAboveIsodata, page);
+        ThresholdGlobally(measured, isodata + kAboveIsodata, mask);
     }
 }
 
-void ChooseQuietMask(const PreMaskPlanes& planes, const std::uint32_t* histogram, PageFindings& page) {
-    const HistogramShares shares = SharesOf(histogram);
-    const HistogramClass kind = ClassifyHistogram(shares, page.strokeEndCount);
+void ChooseQuietMask(const MeasuredPage& measured, PreMask& mask) {
+    const HistogramShares shares = SharesOf(measured.histogram);
+    const HistogramClass kind = ClassifyHistogram(shares, measured.strokes.ends);
     const bool darkBand =
         kind == HistogramClass::kDarkOnBright && shares.low > kDarkBand && shares.low < kDarkBandEnd;
     const bool mixed =
         kind == HistogramClass::kBrightTinted && shares.low > kQuietDark && shares.mid > kQuietGrays;
-    if (darkBand || mixed) ThresholdGlobally(planes, Binarizer::IsodataThreshold(histogram), page);
+    if (darkBand || mixed) {
+        ThresholdGlobally(measured, Binarizer::IsodataThreshold(measured.histogram), mask);
+    }
 }
 
 // ---- the line method
 
-void ChooseBusyLineMask(const PreMaskPlanes& planes, const std::uint32_t* histogram, PageFindings& page) {
-    const HistogramShares shares = SharesOf(histogram);
-    const HistogramClass kind = LineClassifyHistogram(shares);
-    page.useAltRegionRule = true;
-    if (HasManyGrays(kind)) {
-        SmoothForEdges(planes, page);
-        EdgeMask(planes.edges, kPlainEdge, planes.mask);
-        return;
-    }
-    const bool veryBusy = page.strokeEndCount > kVeryBusyEnds;
-    const int threshold =
-        TenthsOf(Binarizer::IsodataThreshold(histogram), veryBusy ? kVeryBusyLineTenths : kBusyTenths);
-    if (IsTwoToned(kind)) {
-        GrayMask(planes.gray, threshold, planes.mask);
-    } else {
-        EdgeMask(planes.edges, threshold, planes.mask);
-    }
-    CheckBrightPage(shares, page);
+// The gray page up to a threshold for print, else its edges from another one on.
+Mask PrintOrEdges(const MeasuredPage& measured, bool isPrint, int threshold, int edge) {
+    return isPrint ? Mask::UpTo(measured.gray, threshold) : Mask::From(measured.edges, edge);
 }
 
-void ChooseMediumLineMask(const PreMaskPlanes& planes, const std::uint32_t* histogram, PageFindings& page) {
-    const HistogramClass kind = LineClassifyHistogram(SharesOf(histogram));
-    const bool hasDarkText = DarkTextMean(histogram, kLineFamily.darkTextShare).has_value();
+void ChooseBusyLineMask(const MeasuredPage& measured, PreMask& mask) {
+    const HistogramShares shares = SharesOf(measured.histogram);
+    const HistogramClass kind = LineClassifyHistogram(shares);
+    mask.page.useAltRegionRule = true;
+    if (HasManyGrays(kind)) {
+        SmoothForEdges(measured, mask);
+        mask.foreground = Mask::From(measured.edges, kPlainEdge);
+        return;
+    }
+    const bool veryBusy = measured.strokes.ends > kVeryBusyEnds;
+    const int threshold = TenthsOf(Binarizer::IsodataThreshold(measured.histogram),
+                                   veryBusy ? kVeryBusyLineTenths : kBusyTenths);
+    mask.foreground = PrintOrEdges(measured, IsTwoToned(kind), threshold, threshold);
+    CheckBrightPage(shares, mask.page);
+}
+
+void ChooseMediumLineMask(const MeasuredPage& measured, PreMask& mask) {
+    PageFindings& page = mask.page;
+    const HistogramClass kind = LineClassifyHistogram(SharesOf(measured.histogram));
+    const bool hasDarkText = DarkTextMean(measured.histogram, kLineFamily.darkTextShare).has_value();
     const bool isPrint = kind == HistogramClass::kDarkOnBright;
     page.darkTextHint = hasDarkText && isPrint;
     page.midToneHint = hasDarkText && kind == HistogramClass::kGray;
     page.secondPass = !hasDarkText && !isPrint;
-    if (page.midToneHint || (!hasDarkText && isPrint)) {
-        GrayMask(planes.gray, Binarizer::IsodataThreshold(histogram), planes.mask);
-    } else {
-        EdgeMask(planes.edges, kPlainEdge, planes.mask);
-    }
+    mask.foreground = PrintOrEdges(measured, page.midToneHint || (!hasDarkText && isPrint),
+                                   Binarizer::IsodataThreshold(measured.histogram), kPlainEdge);
 }
 
-void ChooseQuietLineMask(const PreMaskPlanes& planes, const std::uint32_t* histogram) {
-    if (LineClassifyHistogram(SharesOf(histogram)) == HistogramClass::kDarkOnBright) {
-        GrayMask(planes.gray, Binarizer::OtsuThreshold(histogram, 0, 256), planes.mask);
-    } else {
-        EdgeMask(planes.edges, kPlainEdge, planes.mask);
-    }
+void ChooseQuietLineMask(const MeasuredPage& measured, PreMask& mask) {
+    const bool isPrint = LineClassifyHistogram(SharesOf(measured.histogram)) == HistogramClass::kDarkOnBright;
+    mask.foreground =
+        PrintOrEdges(measured, isPrint, Binarizer::OtsuThreshold(measured.histogram, 0, 256), kPlainEdge);
 }
 
 }  // namespace
 
-PageFindings ChoosePreMask(const PreMaskPlanes& planes, const std::uint32_t* histogram, int strokeEndCount) {
-    PageFindings page{.strokeEndCount = strokeEndCount};
-    if (strokeEndCount > kBusyEnds) {
-        ChooseBusyMask(planes, histogram, page);
-    } else if (strokeEndCount > kMediumEnds) {
-        ChooseMediumMask(planes, page);
+PreMask ChoosePreMask(const MeasuredPage& measured) {
+    const int ends = measured.strokes.ends;
+    PreMask mask{{.strokeEndCount = ends}, measured.strokes.mask};
+    if (ends > kBusyEnds) {
+        ChooseBusyMask(measured, mask);
+    } else if (ends > kMediumEnds) {
+        ChooseMediumMask(measured, mask);
     } else {
-        ChooseQuietMask(planes, histogram, page);
+        ChooseQuietMask(measured, mask);
     }
-    return page;
+    return mask;
 }
 
-PageFindings ChooseLinePreMask(const PreMaskPlanes& planes, const std::uint32_t* histogram,
-                               int strokeEndCount) {
-    PageFindings page{.strokeEndCount = strokeEndCount};
-    if (strokeEndCount > kBusyEnds) {
-        ChooseBusyLineMask(planes, histogram, page);
-    } else if (strokeEndCount > kMediumEnds) {
-        ChooseMediumLineMask(planes, histogram, page);
+PreMask ChooseLinePreMask(const MeasuredPage& measured) {
+    const int ends = measured.strokes.ends;
+    PreMask mask{{.strokeEndCount = ends}, measured.strokes.mask};
+    if (ends > kBusyEnds) {
+        ChooseBusyLineMask(measured, mask);
+    } else if (ends > kMediumEnds) {
+        ChooseMediumLineMask(measured, mask);
     } else {
-        ChooseQuietLineMask(planes, histogram);
+        ChooseQuietLineMask(measured, mask);
     }
-    return page;
+    return mask;
 }
 
 }  // namespace tavrix

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "regions/Region.h"
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 #include "binarize/Binarizer.h"
+#include "binarize/Histogram.h"
+#include "image/RowRing.h"
 #include "regions/HistogramMeasures.h"
 
 namespace tavrix {
@@ -17,8 +23,13 @@ constexpr double kGrayGround = 2.0;  // times as much not bright as dark, exceed
 }  // namespace
 
 Region::Region(const RuleFamily& ruleFamily, const RulePlanes& planes, const Rect& rectangle)
-    : family(ruleFamily), gray(planes.gray), scratch(planes.scratch), result(planes.result), rect(rectangle) {
-    Count(gray);
+    : family(ruleFamily),
+      gray(planes.gray),
+      result(planes.result),
+      sharpened(planes.sharpened),
+      rect(rectangle),
+      inside(Intersection(rectangle, planes.gray.Reach())) {
+    RegionHistogram(gray, rect, histogram.data());
     const auto share = [&](int lastBin) {
         return static_cast<float>(SumBins(histogram.data(), 0, lastBin)) / static_cast<float>(rect.Area());
     };
@@ -52,25 +63,91 @@ std::optional<int> Region::DarkTextOtsu() const {
     return mean ? std::optional(Otsu(*mean)) : std::nullopt;
 }
 
-Verdict Region::Threshold(const ConstPlane& source, const Plane& target, int threshold,
-                          Earlier earlier) const {
-    return ThresholdRegion(source, target, rect, threshold, earlier, family.lightFactor);
+Verdict Region::VerdictAt(int threshold) const {
+    const int limit = std::clamp(threshold, 0, kGrayLevels);
+    const auto dark = static_cast<std::int64_t>(SumBins(histogram.data(), 0, limit - 1));
+    return VerdictOf(rect.Area() - dark, dark, family.lightFactor);
 }
 
-void Region::Smooth(const ConstPlane& source, const Plane& target) {
-    SmoothRegion(source, target, rect);
-    Count(target);
+Verdict Region::ThresholdGray(int threshold, Earlier earlier) const {
+    return ThresholdRegion(gray, result, rect, threshold, earlier, family.lightFactor);
 }
 
-void Region::Sharpen(const ConstPlane& source, const Plane& target, float factor) {
-    SharpenRegion(source, target, rect, factor);
-    Count(target);
+Verdict Region::ThresholdResult(int threshold, Earlier earlier) const {
+    return ThresholdRegion(result, result, rect, threshold, earlier, family.lightFactor);
+}
+
+template <class Filter>
+void Region::Derive(const ConstPlane& source, const Filter& filter, const Plane& target) {
+    histogram.fill(0);
+    histogram[0] = static_cast<std::uint32_t>(AreaOutside(rect, inside));
+    if (inside.IsEmpty()) return;
+    std::vector<std::uint8_t> buffer(inside.Width());
+    PixelCounter counter(inside.Area());
+    for (int y = inside.y0; y <= inside.y1; ++y) {
+        std::uint8_t* row = target.pixels != nullptr ? target.Row(y) + inside.x0 : buffer.data();
+        filter(y, RowsAround(source, y), row);
+        counter.Add(row, inside.Width());
+    }
+    counter.AddTo(histogram.data());
+}
+
+void Region::Sharpen(float factor) {
+    Derive(gray, Sharpening(gray, inside, factor), sharpened);
+}
+
+Verdict Region::ThresholdSharpened(float factor, int threshold, Earlier earlier) const {
+    Thresholding thresholding(threshold, earlier);
+    thresholding.AddOutside(AreaOutside(rect, inside));
+    const Sharpening sharpening(gray, inside, factor);
+    std::vector<std::uint8_t> row(inside.IsEmpty() ? 0 : inside.Width());
+    for (int y = inside.y0; y <= inside.y1 && !row.empty(); ++y) {
+        sharpening(y, RowsAround(gray, y), row.data());
+        thresholding.Add(row.data(), inside.Width(), result.Row(y) + inside.x0);
+    }
+    return thresholding.Result(family.lightFactor);
 }
 
 void Region::MergeSmoothed(int above) {
-    Smooth(gray, scratch);
-    Threshold(scratch, scratch, Isodata() + above, Earlier::kOverwritten);
-    MergeRegionMasks(result, scratch, rect);
+    const Smoothing smoothing(gray, inside);
+    Derive(gray, smoothing, {});
+    Thresholding thresholding(Isodata() + above, Earlier::kOverwritten);
+    const auto mergeRow = platform::KernelsOf<RegionKernels>().mergeRow;
+    std::vector<std::uint8_t> row(inside.IsEmpty() ? 0 : inside.Width());
+    for (int y = inside.y0; y <= inside.y1 && !row.empty(); ++y) {
+        smoothing(y, RowsAround(gray, y), row.data());
+        thresholding.Add(row.data(), inside.Width(), row.data());
+        mergeRow(result.Row(y) + inside.x0, row.data(), inside.Width());
+    }
+}
+
+void Region::SmoothInPlace() {
+    Derive(gray, Smoothing(gray, inside), result);
+}
+
+void Region::SharpenInPlace(float factor) {
+    Derive(gray, Sharpening(gray, inside, factor), result);
+}
+
+void Region::SmoothSharpenedInPlace(float factor) {
+    Sharpen(factor);
+    Derive(sharpened, Smoothing(sharpened, inside), result);
+}
+
+void Region::SharpenResult(float factor) {
+    const Sharpening sharpening(gray, inside, factor);
+    // Rows are overwritten while the next one needs them.
+    RowRing copies(3, static_cast<std::size_t>(result.rowBytes));
+    const auto copy = [&](int y) { std::memcpy(copies.Row(y), result.Row(y), result.rowBytes); };
+    PixelCounter counter(inside.Area());
+    copy(0);
+    for (int y = 0; y < result.height; ++y) {
+        if (y + 1 < result.height) copy(y + 1);
+        sharpening(y, {copies.Row(y - 1), copies.Row(y), copies.Row(y + 1)}, result.Row(y));
+        counter.Add(result.Row(y), inside.Width());
+    }
+    histogram.fill(0);
+    counter.AddTo(histogram.data());
 }
 
 Finish BinarizeBlank(const Region& region) {

@@ -40,12 +40,15 @@ enum class ToneClass {
 // The planes that a rule works with, all of the page's shape.
 struct RulePlanes {
     ConstPlane gray;
-    Plane scratch;
     Plane result;  // 0 black, 255 white, 1 and 254 the same for good
+    // Only for gray pages of the line method, whose rule sees what earlier lines left beyond its own: takes
+    // the sharpened page. Else without pixels.
+    Plane sharpened;
 };
 
-// One rectangle of a page in the hands of a rule, with the histogram of the plane counted last: at first
-// that of the gray page.
+// One rectangle of a page in the hands of a rule, with the histogram of what was counted last: at first the
+// gray page. Smoothed and sharpened pages are worked out row by row where they are read, or take the place of
+// the result.
 class Region {
   public:
     Region(const RuleFamily& family, const RulePlanes& planes, const Rect& rect);
@@ -53,7 +56,6 @@ class Region {
     // grayIsDark: text on a ground as dark as gray counts as dark, too.
     ToneClass Classify(bool grayIsDark) const;
 
-    void CountGray() { Count(gray); }
     // Of the histogram.
     const std::uint32_t* Histogram() const { return histogram.data(); }
     HistogramShares Shares() const { return SharesOf(histogram.data()); }
@@ -62,17 +64,25 @@ class Region {
     int DarkMean() const;
     // Otsu's threshold of the bins below the mean of dark text, where there is such text.
     std::optional<int> DarkTextOtsu() const;
+    // What overwriting with the counted page at this threshold would give.
+    Verdict VerdictAt(int threshold) const;
 
-    // Passes over the rectangle.
-    Verdict Threshold(const ConstPlane& source, const Plane& target, int threshold, Earlier earlier) const;
-    Verdict ThresholdGray(int threshold, Earlier earlier) const {  // into the result
-        return Threshold(gray, result, threshold, earlier);
-    }
-    void Smooth(const ConstPlane& source, const Plane& target);                 // and count
-    void Sharpen(const ConstPlane& source, const Plane& target, float factor);  // and count
+    // Into the result.
+    Verdict ThresholdGray(int threshold, Earlier earlier) const;
+    Verdict ThresholdSharpened(float factor, int threshold, Earlier earlier) const;
     // Keeps of the result's black what is dark in the smoothed page as well, up to so many levels above its
-    // isodata threshold. Uses scratch.
+    // isodata threshold. Counts the smoothed page.
     void MergeSmoothed(int above);
+
+    // Counts the sharpened page.
+    void Sharpen(float factor);
+    // Put a page in place of the result and count it.
+    void SmoothInPlace();
+    void SharpenInPlace(float factor);
+    void SmoothSharpenedInPlace(float factor);  // where the sharpened page has a plane
+    // The result, which is a page so far, sharpened. The rectangle is the whole page.
+    void SharpenResult(float factor);
+    Verdict ThresholdResult(int threshold, Earlier earlier) const;
 
     // What is to be done after a threshold with this verdict.
     Finish FinishOf(Verdict verdict, Finish otherwise = Finish::kFillAndMark) const {
@@ -81,13 +91,16 @@ class Region {
 
     const RuleFamily& family;
     const ConstPlane gray;
-    const Plane scratch, result;
+    const Plane result, sharpened;
     const Rect rect;
     Tones tones;  // of the gray page
 
   private:
-    void Count(const ConstPlane& plane) { RegionHistogram(plane, rect, histogram.data()); }
+    // Works a page's rows out of another one, into the target where there is one, and counts them.
+    template <class Filter>
+    void Derive(const ConstPlane& source, const Filter& filter, const Plane& target);
 
+    const Rect inside;  // the part of rect on the page
     std::array<std::uint32_t, 256> histogram;
 };
 

@@ -5,8 +5,6 @@
 #include <cstring>
 
 #include "binarize/Histogram.h"
-#include "image/NeighbourhoodKernels.h"
-#include "regions/RegionKernels.h"
 
 namespace tavrix {
 namespace {
@@ -18,19 +16,19 @@ void ForEachRow(const Rect& rect, const RowPass& pass) {
     for (int y = rect.y0; y <= rect.y1; ++y) pass(y);
 }
 
-std::int64_t AreaOutside(const Rect& rect, const Rect& inside) {
-    return rect.Area() - (inside.IsEmpty() ? 0 : inside.Area());
-}
-
-// Rows 0 and height - 1, where a 3 x 3 neighbourhood reaches over the edge: the source itself.
-bool CopiesEndRow(const ConstPlane& source, const Plane& target, const Rect& inside, int y) {
-    if (y != 0 && y != source.height - 1) return false;
-    std::memcpy(target.Row(y) + inside.x0, source.Row(y) + inside.x0,
-                static_cast<std::size_t>(inside.Width()));
+// Rows 0 and height - 1, where a 3 x 3 neighbourhood reaches over the edge: the page itself.
+bool CopiesEndRow(const ConstPlane& page, const Rect& inside, int y, const std::uint8_t* row,
+                  std::uint8_t* target) {
+    if (y != 0 && y != page.height - 1) return false;
+    std::memcpy(target, row + inside.x0, static_cast<std::size_t>(inside.Width()));
     return true;
 }
 
 }  // namespace
+
+std::int64_t AreaOutside(const Rect& rect, const Rect& inside) {
+    return rect.Area() - (inside.IsEmpty() ? 0 : inside.Area());
+}
 
 void RegionHistogram(const ConstPlane& plane, const Rect& rect, std::uint32_t* histogram) {
     std::fill_n(histogram, kGrayLevels, 0u);
@@ -39,84 +37,82 @@ void RegionHistogram(const ConstPlane& plane, const Rect& rect, std::uint32_t* h
     histogram[0] += static_cast<std::uint32_t>(AreaOutside(rect, inside));
 }
 
-Verdict ThresholdRegion(const ConstPlane& source, const Plane& target, const Rect& rect, int threshold,
-                        Earlier earlier, double lightFactor) {
-    const int limit = std::clamp(threshold, 0, kGrayLevels);
-    const bool force = earlier == Earlier::kOverwritten;
-    std::int64_t dark = 0, light = 0;
-    const Rect inside = Intersection(rect, source.Reach());
-    const auto thresholdRow = platform::KernelsOf<RegionKernels>().thresholdRegionRow;
-    ForEachRow(inside, [&](int y) {
-        thresholdRow(source.Row(y) + inside.x0, inside.Width(), limit, force, target.Row(y) + inside.x0,
-                     &dark, &light);
-    });
+Thresholding::Thresholding(int threshold, Earlier earlier)
+    : limit(std::clamp(threshold, 0, kGrayLevels)), force(earlier == Earlier::kOverwritten) {}
+
+void Thresholding::AddOutside(std::int64_t pixels) {
     if (limit > 0) {
-        dark += AreaOutside(rect, inside);
+        dark += pixels;
     } else if (force) {
-        light += AreaOutside(rect, inside);
+        light += pixels;
     }
+}
+
+Verdict VerdictOf(std::int64_t light, std::int64_t dark, double lightFactor) {
     const bool mostlyDark = static_cast<double>(light) * lightFactor < static_cast<double>(dark);
     return mostlyDark ? Verdict::kMostlyDark : Verdict::kLightEnough;
 }
 
-void SmoothRegion(const ConstPlane& source, const Plane& target, const Rect& rect) {
+Verdict ThresholdRegion(const ConstPlane& source, const Plane& target, const Rect& rect, int threshold,
+                        Earlier earlier, double lightFactor) {
     const Rect inside = Intersection(rect, source.Reach());
-    const auto meanRow = platform::KernelsOf<NeighbourhoodKernels>().meanRow;
-    const int end = source.rowBytes - 1;
-    const int first = std::max<int>(inside.x0, 1), last = std::min<int>(inside.x1, end - 1);
-    // The last column may have no right neighbour to read.
-    const int lastFull = std::min(last, source.columns - 2);
+    Thresholding thresholding(threshold, earlier);
     ForEachRow(inside, [&](int y) {
-        if (CopiesEndRow(source, target, inside, y)) return;
-        const std::uint8_t *before = source.Row(y - 1), *row = source.Row(y), *after = source.Row(y + 1);
-        std::uint8_t* out = target.Row(y);
-        if (inside.x0 == 0) out[0] = row[0];
-        if (inside.x1 == end) out[end] = row[end];
-        meanRow(before + first, row + first, after + first, lastFull - first + 1, out + first);
-        for (int x = std::max(first, lastFull + 1); x <= last; ++x) {
-            const int sum = before[x - 1] + before[x] + row[x - 1] + row[x] + after[x - 1] + after[x];
-            out[x] = static_cast<std::uint8_t>(sum / 9);
-        }
+        thresholding.Add(source.Row(y) + inside.x0, inside.Width(), target.Row(y) + inside.x0);
     });
+    thresholding.AddOutside(AreaOutside(rect, inside));
+    return thresholding.Result(lightFactor);
+}
+
+RowTriple RowsAround(const ConstPlane& plane, int y) {
+    return {plane.Row(std::max(y - 1, 0)), plane.Row(y), plane.Row(std::min(y + 1, plane.height - 1))};
+}
+
+void Smoothing::operator()(int y, const RowTriple& rows, std::uint8_t* target) const {
+    const auto [before, row, after] = rows;
+    if (CopiesEndRow(page, inside, y, row, target)) return;
+    const int start = inside.x0, end = page.rowBytes - 1;
+    const int first = std::max(start, 1), last = std::min<int>(inside.x1, end - 1);
+    // The last column may have no right neighbour to read.
+    const int lastFull = std::min(last, page.columns - 2);
+    if (start == 0) target[0] = row[0];
+    if (inside.x1 == end) target[end - start] = row[end];
+    meanRow(before + first, row + first, after + first, lastFull - first + 1, target + (first - start));
+    for (int x = std::max(first, lastFull + 1); x <= last; ++x) {
+        const int sum = before[x - 1] + before[x] + row[x - 1] + row[x] + after[x - 1] + after[x];
+        target[x - start] = static_cast<std::uint8_t>(sum / 9);
+    }
 }
 
 // In single precision the difference is exact where it is not negative, and the neighbours are whole: so
 // the kernel may truncate the product first.
-void SharpenRegion(const ConstPlane& source, const Plane& target, const Rect& rect, float factor) {
-    const Rect inside = Intersection(rect, source.Reach());
-    const auto sharpenRow = platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
-    const int end = source.rowBytes - 1;
-    ForEachRow(inside, [&](int y) {
-        if (CopiesEndRow(source, target, inside, y)) return;
-        const std::uint8_t *before = source.Row(y - 1), *row = source.Row(y), *after = source.Row(y + 1);
-        std::uint8_t* out = target.Row(y);
-        const auto sharpen = [&](int first, int last) {
-            sharpenRow(before + first, row + first, after + first, last - first + 1, factor, out + first);
-        };
-        sharpen(std::max<int>(inside.x0, 1), std::min<int>(inside.x1, source.width - 2));
-        for (const int x : {0, source.width - 1}) {
-            if (x >= inside.x0 && x <= inside.x1) out[x] = row[x];
-        }
-        // Padding, when it belongs to the plane.
-        const int firstPadding = std::max({static_cast<int>(inside.x0), 1, source.width});
-        if (inside.x1 < end || firstPadding > end || y != source.height - 2) {
-            sharpen(firstPadding, inside.x1);
-            return;
-        }
-        // The last byte of the last row but one has a neighbour beyond the buffer.
-        sharpen(firstPadding, end - 1);
-        const int sum = before[end - 1] + before[end] + before[end + 1] + row[end - 1] + row[end + 1] +
-                        after[end - 1] + after[end];
-        const int product = static_cast<int>(factor * static_cast<float>(row[end]));
-        out[end] = static_cast<std::uint8_t>(std::clamp(product - sum, 0, 255));
-    });
+void Sharpening::operator()(int y, const RowTriple& rows, std::uint8_t* target) const {
+    const auto [before, row, after] = rows;
+    if (CopiesEndRow(page, inside, y, row, target)) return;
+    const int start = inside.x0;
+    const int first = std::max(start, 1), last = std::min<int>(inside.x1, page.width - 2);
+    sharpenRow(before + first, row + first, after + first, last - first + 1, factor,
+               target + (first - start));
+    for (const int x : {0, page.width - 1}) {
+        if (x >= start && x <= inside.x1) target[x - start] = row[x];
+    }
+    if (inside.x1 >= page.width) SharpenPadding(y, rows, target);
 }
 
-void MergeRegionMasks(const Plane& target, const ConstPlane& other, const Rect& rect) {
-    const Rect inside = Intersection(rect, target.Reach());
-    const auto mergeRow = platform::KernelsOf<RegionKernels>().mergeRow;
-    ForEachRow(inside,
-               [&](int y) { mergeRow(target.Row(y) + inside.x0, other.Row(y) + inside.x0, inside.Width()); });
+void Sharpening::SharpenPadding(int y, const RowTriple& rows, std::uint8_t* target) const {
+    const auto [before, row, after] = rows;
+    const int start = inside.x0, end = page.rowBytes - 1;
+    const int first = std::max(start, page.width);
+    const bool hasLast = inside.x1 == end && y == page.height - 2;
+    const int last = hasLast ? end - 1 : inside.x1;
+    sharpenRow(before + first, row + first, after + first, last - first + 1, factor,
+               target + (first - start));
+    if (!hasLast) return;
+    // The last byte of the last row but one has a neighbour beyond the buffer.
+    const int sum = before[end - 1] + before[end] + before[end + 1] + row[end - 1] + row[end + 1] +
+                    after[end - 1] + after[end];
+    const int product = static_cast<int>(factor * static_cast<float>(row[end]));
+    target[end - start] = static_cast<std::uint8_t>(std::clamp(product - sum, 0, 255));
 }
 
 void MarkRegion(const Plane& result, const Rect& rect) {

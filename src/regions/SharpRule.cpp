@@ -30,27 +30,25 @@ constexpr float kSharpenMixedFew = 10.1f, kSharpenMixedMany = 9.8f;
 // Levels added to isodata.
 constexpr int kDarkRise = 10, kNearlyBlankRise = 40;
 
-// The smoothed region, in scratch and counted, is light enough at its isodata threshold.
-void RefineLight(Region& region, double notBright) {
-    if (region.Shares().high >= kBrightLight) return;
+// The smoothed region, in place of the result and counted, is light enough at its isodata threshold. Gives
+// the threshold of what is then in place of the result.
+int RefineLight(Region& region, double notBright) {
+    if (region.Shares().high >= kBrightLight) return region.Isodata();
     const int ends = CountStrokeEndsOf(region.gray);
-    if (ends <= kTextEnds) return;
+    if (ends <= kTextEnds) return region.Isodata();
     const float factor = ends > kManyEnds ? kSharpenMost : ends > kSomeEnds ? kSharpenMore : kSharpenSome;
-    region.Sharpen(region.scratch, region.result, factor);
+    region.SharpenResult(factor);
     const int rise = notBright < kNearlyBlank ? kNearlyBlankRise : 0;
-    region.Threshold(region.result, region.result, region.Isodata() + rise, kOverwritten);
+    return region.Isodata() + rise;
 }
 
-// Likewise; the verdict of the last threshold.
-Verdict RefineMixed(Region& region, Verdict verdict) {
-    if (region.Shares().high >= kBrightMixed) return verdict;
+// Likewise.
+int RefineMixed(Region& region) {
+    if (region.Shares().high >= kBrightMixed) return region.Isodata();
     const int ends = CountStrokeEndsOf(region.gray);
-    if (ends >= kFewEnds && ends <= kManyEnds) {
-        return region.Threshold(region.scratch, region.result, std::min(region.Isodata(), kHighestThreshold),
-                                kOverwritten);
-    }
-    region.Sharpen(region.scratch, region.result, ends < kFewEnds ? kSharpenMixedFew : kSharpenMixedMany);
-    return region.Threshold(region.result, region.result, region.Isodata(), kOverwritten);
+    if (ends >= kFewEnds && ends <= kManyEnds) return std::min(region.Isodata(), kHighestThreshold);
+    region.SharpenResult(ends < kFewEnds ? kSharpenMixedFew : kSharpenMixedMany);
+    return region.Isodata();
 }
 
 }  // namespace
@@ -61,14 +59,15 @@ Finishing BinarizeRegionSharp(const RulePlanes& planes, const Rect& rect) {
                              static_cast<double>(rect.Area());
     if (notBright > kMixed) return BinarizeDarkText(region);
 
-    region.Smooth(region.gray, region.scratch);
-    const Verdict verdict = region.Threshold(region.scratch, region.result, region.Isodata(), kOverwritten);
-    if (verdict == Verdict::kMostlyDark) {
-        region.Threshold(region.scratch, region.result, region.Isodata() + kDarkRise, kOverwritten);
+    region.SmoothInPlace();
+    if (region.VerdictAt(region.Isodata()) == Verdict::kMostlyDark) {
+        region.ThresholdResult(region.Isodata() + kDarkRise, kOverwritten);
         return {Finish::kLeave, true};
     }
-    if (notBright > kLight) return {region.FinishOf(RefineMixed(region, verdict))};
-    RefineLight(region, notBright);
+    if (notBright > kLight) {
+        return {region.FinishOf(region.ThresholdResult(RefineMixed(region), kOverwritten))};
+    }
+    region.ThresholdResult(RefineLight(region, notBright), kOverwritten);
     return {Finish::kFillAndMark};
 }
 

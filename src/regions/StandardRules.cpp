@@ -42,10 +42,10 @@ int DarkTextOrOtsu(const Region& region) {
 
 // Text that may be sharpened, on the page and in lines.
 Verdict ThresholdSharpened(Region& region, bool secondPass) {
-    region.Sharpen(region.gray, region.scratch, SharpeningOf(region.tones));
+    const float factor = SharpeningOf(region.tones);
+    region.Sharpen(factor);
     const int above = region.tones.dark > kFullText ? kSharpenedFull : kSharpenedThin;
-    const Verdict verdict =
-        region.Threshold(region.scratch, region.result, RaisedIsodata(region, above), kBlackStays);
+    const Verdict verdict = region.ThresholdSharpened(factor, RaisedIsodata(region, above), kBlackStays);
     if (secondPass && region.tones.dark >= kFaintText) region.MergeSmoothed(kSmoothedText);
     return verdict;
 }
@@ -58,9 +58,8 @@ Verdict ThresholdTextRegion(Region& region, const PageFindings& page) {
         return region.ThresholdGray(Scaled(region.Isodata(), kPlainRegion), kBlackStays);
     }
     if (page.sharpenAllowed) {
-        region.Sharpen(region.gray, region.scratch, SharpeningOf(region.tones));
-        return region.Threshold(region.scratch, region.result, region.Isodata() + kSharpenedDarkText,
-                                kOverwritten);
+        region.SharpenInPlace(SharpeningOf(region.tones));
+        return region.ThresholdResult(region.Isodata() + kSharpenedDarkText, kOverwritten);
     }
     const int threshold = DarkTextOrOtsu(region);
     return region.ThresholdGray(threshold < kLowDarkText ? threshold + kLowDarkTextRise : threshold,
@@ -79,17 +78,12 @@ Verdict ThresholdHalfDarkRegion(Region& region, const PageFindings& page) {
     const Verdict verdict = region.ThresholdGray(region.Isodata(), kBlackStays);
     if (verdict == Verdict::kMostlyDark) return verdict;
     if (region.tones.dark < kHalfDarkToSharpen) {
-        region.Sharpen(region.gray, region.result, kSharpenText);
-        region.Threshold(region.result, region.result, RaisedIsodata(region, kSharpenedHalfDark),
-                         kBlackStays);
+        region.SharpenInPlace(kSharpenText);
+        region.ThresholdResult(RaisedIsodata(region, kSharpenedHalfDark), kBlackStays);
     }
-    if (page.secondPass) {
-        region.MergeSmoothed(kSmoothedHalfDark);
-    } else if (page.darkTextHint) {
-        region.CountGray();
-        region.Threshold(region.gray, region.scratch, DarkTextOrOtsu(region), kBlackStays);
-        MergeRegionMasks(region.result, region.scratch, region.rect);
-    }
+    // With darkTextHint the rule merges a threshold that may not brighten a page that is black all over: that
+    // changes nothing.
+    if (page.secondPass) region.MergeSmoothed(kSmoothedHalfDark);
     return verdict;
 }
 
@@ -100,9 +94,9 @@ Verdict ThresholdHalfDarkLine(Region& region, const PageFindings& page) {
         region.ThresholdGray(DarkTextOrOtsu(region), kOverwritten);
     } else if (page.sharpenAllowed) {
         if (region.tones.dark < kHalfDarkToSharpen) {
-            region.Sharpen(region.gray, region.scratch, kSharpenText);
-            region.Threshold(region.scratch, region.result, RaisedIsodata(region, kSharpenedHalfDarkLine),
-                             kBlackStays);
+            region.Sharpen(kSharpenText);
+            region.ThresholdSharpened(kSharpenText, RaisedIsodata(region, kSharpenedHalfDarkLine),
+                                      kBlackStays);
         }
         if (page.secondPass) region.MergeSmoothed(kSmoothedHalfDark);
     }
@@ -119,9 +113,8 @@ Finishing BinarizeDarkRegion(const Region& region) {
 
 Verdict ThresholdDarkLine(Region& region, const PageFindings& page) {
     if (page.midToneHint && LineClassifyHistogram(region.Shares()) == HistogramClass::kGray) {
-        region.Sharpen(region.gray, region.scratch, kSharpenFull);
-        region.Smooth(region.scratch, region.result);
-        return region.Threshold(region.result, region.result, Scaled(region.Otsu(), kGrayLine), kBlackStays);
+        region.SmoothSharpenedInPlace(kSharpenFull);
+        return region.ThresholdResult(Scaled(region.Otsu(), kGrayLine), kBlackStays);
     }
     return region.ThresholdGray(region.DarkTextOtsu().value_or(region.Isodata()), kBlackStays);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "image/Plane.h"
+#include "regions/Mask.h"
 
 namespace tavrix {
 
@@ -15,10 +16,10 @@ struct ComponentRecord {
     int centreX, centreY;
 };
 
-// The components of a mask (0 is foreground), of which every second column counts, that have the size of
+// The components of a mask, of which every second column counts, that have the size of
 // text: at least five runs, 33 pixels, lower than two thirds of the page and narrower than half of it. Where
 // wideToo is set, wider ones that are mostly dark in the gray page are accepted as well. Sorted into row
 // groups from row 0 upward, a group's records from left to right.
-std::vector<ComponentRecord> FindTextComponents(const ConstPlane& mask, const ConstPlane& gray, bool wideToo);
+std::vector<ComponentRecord> FindTextComponents(const Mask& mask, const ConstPlane& gray, bool wideToo);
 
 }  // namespace tavrix

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/mman.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -12,8 +15,8 @@
 #include "tavrix/component_store.hpp"
 #include "tavrix/message_handler.h"
 
-// Counts the allocations of the code under test and lets chosen ones fail. calloc, from which global
-// memory comes, is redirected by the linker.
+// Counts the allocations of the code under test and their bytes, and lets chosen ones fail. The functions of
+// the system by which memory comes and goes are redirected by the linker.
 namespace {
 
 std::atomic<bool> counting{false};
@@ -21,6 +24,17 @@ std::atomic<int> countdown{0};  // allocations until one fails
 std::atomic<bool> failsOnwards{false};
 std::atomic<int> failed{0};
 std::atomic<int> live{0};  // blocks of operator new
+std::atomic<long> bytesInUse{0}, mostBytes{0};
+
+void* Counted(void* memory) {
+    if (memory == nullptr) return nullptr;
+    bytesInUse += static_cast<long>(malloc_usable_size(memory));
+    mostBytes = std::max(mostBytes.load(), bytesInUse.load());
+    return memory;
+}
+void Uncount(void* memory) {
+    bytesInUse -= static_cast<long>(malloc_usable_size(memory));
+}
 
 bool Fails() {
     if (!counting) return false;
@@ -37,7 +51,7 @@ void* Allocate(std::size_t bytes, std::size_t alignment) {
                                                           : std::aligned_alloc(alignment, rounded);
     if (memory == nullptr) throw std::bad_alloc();
     ++live;
-    return memory;
+    return Counted(memory);
 }
 
 void Deallocate(void* memory) noexcept {
@@ -79,7 +93,19 @@ extern "C" {
 void* __real_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
-    return Fails() ? nullptr : __real_calloc(count, bytes);
+    return Fails() ? nullptr : Counted(__real_calloc(count, bytes));
+}
+// Costs nothing before it is touched.
+void* __real_mmap(void* address, std::size_t bytes, int protection, int flags, int file, off_t offset);
+void* __wrap_mmap(void* address, std::size_t bytes, int protection, int flags, int file, off_t offset);
+void* __wrap_mmap(void* address, std::size_t bytes, int protection, int flags, int file, off_t offset) {
+    return Fails() ? MAP_FAILED : __real_mmap(address, bytes, protection, flags, file, offset);
+}
+void __real_free(void* memory);
+void __wrap_free(void* memory);
+void __wrap_free(void* memory) {
+    if (memory != nullptr) Uncount(memory);
+    __real_free(memory);
 }
 }
 
@@ -159,6 +185,30 @@ TEST_P(AllocationFailure, EndsInARefusalOrAResultAndLeaksNothing) {
                 ADD_FAILURE() << bitCount << " bits, allocation " << n
                               << (onwards ? " and all after it" : "");
                 return;
+            }
+        }
+    }
+}
+
+// Bytes a pixel above the host's picture, the result left out: methods that analyse the page need a plane,
+// others rows, and colour pictures a gray copy. A quarter of a megabyte more counts pairs of pixels.
+TEST(Memory, OfEveryModeIsBounded) {
+    constexpr int kWidth = 1100, kHeight = 900;
+    for (const int bitCount : {8, 24}) {
+        for (const unsigned seed : {0, 3}) {  // as printed, and under noise
+            for (int mode = 0; mode <= 9; ++mode) {
+                const HostImage picture = HostImage::Drawn(kWidth, kHeight, bitCount, seed);
+                const long before = bytesInUse;
+                mostBytes = before;
+                DibRecord result{};
+                ASSERT_EQ(Binarized(picture.Handle(), &result, mode), 1);
+                const auto resultBytes = static_cast<long>(GlobalSize(GlobalHandle(result.header)));
+                const bool analyses = mode == 5 || mode == 8 || mode == 9;
+                EXPECT_LT(static_cast<double>(mostBytes - before - resultBytes) / (kWidth * kHeight),
+                          (analyses ? 1.3 : 0.3) + (bitCount == 24 ? 1 : 0))
+                    << bitCount << " bits, mode " << mode;
+                GlobalFree(GlobalHandle(result.header));
+                EXPECT_LT(bytesInUse - before, 4096) << "kept after mode " << mode;
             }
         }
     }
