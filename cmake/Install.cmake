@@ -52,7 +52,9 @@ endif()
 if(TARGET tavrix_command)
   file(RELATIVE_PATH libdir_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(tavrix_command PROPERTIES
-    INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
+    INSTALL_RPATH "$ORIGIN/${libdir_from_bin};$ORIGIN/${libdir_from_bin}/tavrix")
+  set_target_properties(tavrix_straighten PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+  install(TARGETS tavrix_straighten LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tavrix)
   install(TARGETS tavrix_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/tavrix.1.gz DEPENDS docs/tavrix.1
     COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/tavrix.1 >${PROJECT_BINARY_DIR}/tavrix.1.gz)

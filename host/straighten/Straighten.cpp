@@ -166,9 +166,7 @@ std::string Described(const Quad& sheet) {
     return text;
 }
 
-}  // namespace
-
-Picture Straighten(Picture page, const StraightenOptions& options, std::string& remark) {
+Picture Straightened(Picture page, const StraightenOptions& options, std::string& remark) {
     const auto [shorter, longer] = std::minmax({page.image.Width(), page.image.Height()});
     if (shorter < kLeastSide || longer > kMostSide) {
         remark = shorter < kLeastSide ? "left as it is: too small" : "left as it is: too long";
@@ -199,4 +197,11 @@ Picture Straighten(Picture page, const StraightenOptions& options, std::string& 
     return page;
 }
 
+}  // namespace
 }  // namespace host
+
+extern "C" [[gnu::visibility("default")]] void TavrixStraighten(host::Picture& page,
+                                                                const host::StraightenOptions& options,
+                                                                std::string& remark) {
+    page = host::Straightened(std::move(page), options, remark);
+}

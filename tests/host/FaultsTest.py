@@ -20,7 +20,7 @@ def fault(call, number, name):
 SURVIVES, FAILS, EITHER = "survives", "fails", "either"
 FAULTS = [(fault("write", 0, "short"), SURVIVES), (fault("write", 1, "EINTR"), SURVIVES), (fault("read", 1, "short"), SURVIVES),
           (fault("read", 1, "EINTR"), SURVIVES), (fault("read", 1, "EIO"), FAILS), (fault("read", 2, "EIO"), FAILS),
-          (fault("open", 1, "EMFILE"), FAILS), (fault("open", 2, "EACCES"), FAILS), (fault("thread", 1, "EAGAIN"), SURVIVES),
+          (fault("open", 1, "EMFILE"), FAILS), (fault("open", 2, "EACCES"), FAILS), (fault("thread", 0, "EAGAIN"), SURVIVES),
           (fault("linkat", 1, "EPERM"), SURVIVES), (fault("mkdir", 1, "EROFS"), FAILS), (fault("readdir", 2, "EIO"), FAILS),
           (fault("write", 1, "short") + "," + fault("write", 2, "ENOSPC"), FAILS)]
 FAULTS += [(fault("write", n, name), FAILS) for n in (1, 2, 3) for name in ("ENOSPC", "EIO")]

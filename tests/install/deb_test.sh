@@ -29,6 +29,7 @@ in_root() {
 }
 in_root -i "$deb"
 "$root/usr/bin/tavrix" --version | grep -q 1.0.0
+"$root/usr/bin/tavrix" scan "${0%/*}/../../samples/card-gray.png" -o "$work/card.tif"
 in_root -r tavrix
 in_root --purge tavrix
 left=$(find "$root/usr" -type f -o -type l 2>/dev/null || true)

@@ -42,6 +42,7 @@ diff <(run_readme "$work" "${module%/*}" '') - <<<"$expected_python"
 
 if [ -x "$work/root/bin/tavrix" ]; then
     "$work/root/bin/tavrix" --version | grep -q 1.0.0
+    "$work/root/bin/tavrix" scan "$source/samples/card-gray.png" -o "$work/card.tif"
     [ -s "$work/root/share/man/man1/tavrix.1.gz" ]
     bash -n "$work/root/share/bash-completion/completions/tavrix"
 fi
