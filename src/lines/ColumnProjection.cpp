@@ -12,13 +12,7 @@ namespace tavrix::lines {
 namespace {
 
 constexpr int kNarrow = 5;  // columns; wider components leave their outermost ones
-constexpr int kMargin = 2;  // columns on each side to the neighbours
-
-// A run of columns [from, to) of a line.
-struct ColumnRun {
-    int from;
-    int to;
-};
+constexpr int kMargin = 2;  // columns on each side
 
 // The runs of a line's columns, counted from its left, over which some component stands, from left to
 // right.
@@ -27,9 +21,9 @@ std::vector<ColumnRun> CoveredColumns(const ComponentNode& line) {
     std::vector<ColumnRun> runs;
     for (const ComponentNode* node = line.firstChild; node != nullptr; node = node->next) {
         if (store::HeightOf(*node) == 0) continue;
-        const int margin = store::WidthOf(*node) > kNarrow ? kMargin : 0;
-        const int from = std::max(node->left + margin - line.left, 0);
-        const int to = std::min(node->right - margin - line.left, lineWidth);
+        const ColumnRun covered = CoverageOf(RectOf(*node));
+        const int from = std::max(covered.from - line.left, 0);
+        const int to = std::min(covered.to - line.left, lineWidth);
         if (from < to) runs.push_back({from, to});
     }
     std::sort(runs.begin(), runs.end(),
@@ -47,6 +41,11 @@ std::vector<ColumnRun> CoveredColumns(const ComponentNode& line) {
 }
 
 }  // namespace
+
+ColumnRun CoverageOf(const Rect& box) {
+    const int margin = box.Width() > kNarrow ? kMargin : 0;
+    return {box.x0 + margin, box.x1 - margin};
+}
 
 void MergeByColumnProjection(ComponentStore& store, ComponentNode* line) {
     struct Gathered {

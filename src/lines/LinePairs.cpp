@@ -7,12 +7,10 @@
 #include <vector>
 
 #include "components/BoxIndex.h"
-#include "components/ComponentStore.h"
 #include "components/ComponentTree.h"
-#include "components/NodeMoves.h"
 #include "image/Ratio.h"
 #include "image/Rect.h"
-#include "lines/ColumnProjection.h"
+#include "lines/LineAbsorption.h"
 #include "lines/MeasuredLine.h"
 #include "lines/SameLineVote.h"
 
@@ -43,12 +41,22 @@ class LinePairs {
   public:
     LinePairs(ComponentStore& storeOfBlock, const std::vector<ComponentNode*>& nodes, int width)
         : store(storeOfBlock),
+          absorption(storeOfBlock),
           pageWidth(width),
-          lines(nodes.begin(), nodes.end()),
           index(nodes.size(), [&](std::size_t i) { return RectOf(*nodes[i]); }),
           hasChance(nodes.size(), 1) {
+        lines.reserve(nodes.size());
+        for (ComponentNode* node : nodes) lines.emplace_back(node, store);
         for (const MeasuredLine& line : lines) greatestHeight = std::max(greatestHeight, line.quartileHeight);
     }
+
+    ~LinePairs() {
+        for (MeasuredLine& line : lines) {
+            if (line.isAhead) line.WriteLinks(store);
+        }
+    }
+    LinePairs(const LinePairs&) = delete;
+    LinePairs& operator=(const LinePairs&) = delete;
 
     void MergeAll() {
         bool merged = true;
@@ -78,7 +86,7 @@ class LinePairs {
         bool merged = false;
         for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
             if (i == current || !BelongTogether(line, LineAt(i))) continue;
-            Absorb(line, LineAt(i));
+            absorption.Absorb(line, LineAt(i));
             index.Remove(i);
             merged = true;
         }
@@ -89,16 +97,6 @@ class LinePairs {
             hasChance[static_cast<std::size_t>(i)] = 1;
         }
         return true;
-    }
-
-    void Absorb(MeasuredLine& a, MeasuredLine& b) {
-        store::ForEachChild(*b.node, [&](ComponentNode* node) { store::MoveToParent(b.node, node, a.node); });
-        store::DeleteLine(store, b.node);
-        b = MeasuredLine();
-        store::SortChildren(a.node);
-        MergeByColumnProjection(store, a.node);
-        store::SortChildren(a.node);
-        a.Measure();
     }
 
     bool BelongTogether(const MeasuredLine& a, const MeasuredLine& b) const {
@@ -139,6 +137,7 @@ class LinePairs {
     }
 
     ComponentStore& store;
+    LineAbsorption absorption;
     const int pageWidth;
     std::vector<MeasuredLine> lines;
     BoxIndex index;

@@ -57,7 +57,9 @@ class Vote {
                              boxes.begin());
         // None before the first one whose reach comes to c stands over c's columns.
         const int start = static_cast<int>(
-            std::lower_bound(other.reach.begin(), other.reach.begin() + stop, c.x0) - other.reach.begin());
+            std::partition_point(boxes.begin(), boxes.begin() + stop,
+                                 [&](const LetterBox& d) { return d.reach < c.x0; }) -
+            boxes.begin());
         int votes = 0;
         bool overlapped = false;
         for (int d = start; d < stop; ++d) {
