@@ -43,11 +43,9 @@ class LinePairs {
         : store(storeOfBlock),
           absorption(storeOfBlock),
           pageWidth(width),
-          index(nodes.size(), [&](std::size_t i) { return RectOf(*nodes[i]); }),
+          lines(MeasuredLines(storeOfBlock, nodes)),
+          index(nodes.size(), [&](std::size_t i) { return Surroundings(lines[i]); }),
           hasChance(nodes.size(), 1) {
-        lines.reserve(nodes.size());
-        for (ComponentNode* node : nodes) lines.emplace_back(node, store);
-        for (const MeasuredLine& line : lines) greatestHeight = std::max(greatestHeight, line.quartileHeight);
     }
 
     ~LinePairs() {
@@ -72,13 +70,24 @@ class LinePairs {
     }
 
   private:
+    static std::vector<MeasuredLine> MeasuredLines(const ComponentStore& store,
+                                                   const std::vector<ComponentNode*>& nodes) {
+        std::vector<MeasuredLine> lines;
+        lines.reserve(nodes.size());
+        for (ComponentNode* node : nodes) lines.emplace_back(node, store);
+        return lines;
+    }
+
     MeasuredLine& LineAt(int i) { return lines[static_cast<std::size_t>(i)]; }
 
-    // What every line that the rules may join with this one meets: kMaxGap heights of the larger type, which
-    // may be nearly kOtherType of this one's, or kWideGap heights of any.
-    Rect Reach(const MeasuredLine& line) const {
-        const int columns = std::max(9 * line.quartileHeight / 2, 3 * greatestHeight / 2) + 1;
-        return Extended(RectOf(*line.node), columns, 0);
+    // Two lines that the rules may join are less than kMaxGap heights of the smaller type apart, which may be
+    // nearly kOtherType times that, or kWideGap heights of the larger. Each stands in the index with its share
+    // of the latter, and looks as far as its own type reaches.
+    static Rect Surroundings(const MeasuredLine& line) {
+        return Extended(RectOf(*line.node), 3 * line.quartileHeight / 2 + 1, 0);
+    }
+    static Rect Reach(const MeasuredLine& line) {
+        return Extended(RectOf(*line.node), 9 * line.quartileHeight / 2 + 1, 0);
     }
 
     bool MergeInto(int current) {
@@ -91,8 +100,7 @@ class LinePairs {
             merged = true;
         }
         if (!merged) return false;
-        index.Set(current, RectOf(*line.node));
-        greatestHeight = std::max(greatestHeight, line.quartileHeight);
+        index.Set(current, Surroundings(line));
         for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
             hasChance[static_cast<std::size_t>(i)] = 1;
         }
@@ -142,7 +150,6 @@ class LinePairs {
     std::vector<MeasuredLine> lines;
     BoxIndex index;
     std::vector<std::uint8_t> hasChance;
-    int greatestHeight = 0;  // of the quartile heights that lines have had
 };
 
 }  // namespace
