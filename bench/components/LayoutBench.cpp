@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <random>
@@ -12,6 +13,7 @@
 #include "components/PrivateStore.h"
 #include "image/DibImage.h"
 #include "image/Rect.h"
+#include "lines/TextLineGrouper.h"
 
 // Groupings of layouts that lead to many comparisons: none may take much longer than a noise page of as many
 // components.
@@ -38,8 +40,9 @@ void Fill(ComponentStore& store, const std::vector<Rect>& boxes) {
     for (const Rect& box : boxes) store::InsertComponent(store, line, nullptr, line->firstChild, box);
 }
 
-template <class Grouper>
-void Group(benchmark::State& state, const std::vector<Rect>& boxes) {
+// options: what the grouper takes beside the page.
+template <class Grouper, class... Options>
+void Group(benchmark::State& state, const std::vector<Rect>& boxes, Options... options) {
     BITMAPINFOHEADER header = PageHeader();
     RGBQUAD palette[2]{};
     std::uint8_t bits[4]{};
@@ -49,7 +52,7 @@ void Group(benchmark::State& state, const std::vector<Rect>& boxes) {
         std::optional<PrivateStore> store(std::in_place);
         Fill(*store, boxes);
         state.ResumeTiming();
-        Grouper(&page).Run(*store);
+        Grouper(&page, options...).Run(*store);
         state.PauseTiming();
         store.reset();
         state.ResumeTiming();
@@ -85,6 +88,39 @@ void GroupOrientedRandomOrder(benchmark::State& state) {
     Group<OrientedBlockGrouper>(state, boxes);
 }
 BENCHMARK(GroupOrientedRandomOrder)->Unit(benchmark::kMicrosecond);
+
+// Dots grown until nearly all overlap, as extraction grows them: sides beyond 16 bits come out negative.
+void GroupOrientedGrownDots(benchmark::State& state) {
+    constexpr int kDots = 30'000, kGrowX = 16'000, kGrowY = 8'000;
+    std::minstd_rand random(1);
+    const auto grown = [&](int growth, std::int16_t& low, std::int16_t& high) {
+        const int at = static_cast<int>(random() % unsigned{kPageSide});
+        low = static_cast<std::int16_t>(std::max(at - growth, 0));
+        high = std::min(static_cast<std::int16_t>(at + growth), std::int16_t{kPageSide - 1});
+    };
+    std::vector<Rect> boxes(kDots);
+    for (Rect& box : boxes) {
+        grown(kGrowX, box.x0, box.x1);
+        grown(kGrowY, box.y0, box.y1);
+    }
+    Group<OrientedBlockGrouper>(state, boxes);
+}
+BENCHMARK(GroupOrientedGrownDots)->Unit(benchmark::kMicrosecond);
+
+// Slanting columns of strokes that become few lines, one stroke after another.
+void GroupLinesSlantingStrokes(benchmark::State& state) {
+    constexpr int kColumns = 40, kStrokes = 887, kSlant = 3, kPitch = 36, kSide = 15'777;
+    const GroupingOptions options{};
+    std::vector<Rect> boxes;
+    for (int column = 0; column < kColumns; ++column) {
+        const int left = column * (kSide - kStrokes * kSlant) / kColumns;
+        for (int i = 0; i < kStrokes; ++i) {
+            boxes.push_back(BoxAt(left + i * kSlant, i * kPitch, 2, 11 + (column + i) % 3));
+        }
+    }
+    Group<TextLineGrouper>(state, boxes, &options, 0u);
+}
+BENCHMARK(GroupLinesSlantingStrokes)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace tavrix::bench

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "components/ComponentTree.h"
-#include "image/Rect.h"
+#include "components/SmearedBoxes.h"
 
 // What the two block groupers share: stretched boxes of components, merged where they overlap, gather the
 // components whose centres they hold.
@@ -13,11 +13,6 @@ namespace tavrix {
 struct MeanSize {
     int w;
     int h;
-};
-
-// A component's stretched box. Wide ones merge only when one lies inside the other.
-struct SmearedBox : Rect {
-    bool wide = false;
 };
 
 // Truncated means over the components of the source line: of their width, or the line's height where that
@@ -32,15 +27,6 @@ std::vector<SmearedBox> Smear(const ComponentStore& store, Stretch stretch) {
     store::ForEachComponent(store, [&](const ComponentNode* node) { boxes.push_back(stretch(*node)); });
     return {boxes.rbegin(), boxes.rend()};
 }
-
-// The rectangles overlap by two columns and two rows, or the first lies inside the second.
-bool OverlapsOrLiesIn(const Rect& a, const Rect& b);
-
-using MergeRule = bool (*)(const SmearedBox& box, const SmearedBox& later);
-
-// Merges boxes until a pass over them merges none. A pass takes each box in order and compares it, as it
-// grows, with every later one; it absorbs those that the rule allows.
-std::vector<SmearedBox> MergeOverlaps(std::vector<SmearedBox> boxes, MergeRule rule);
 
 // For each box in turn, a new block behind the first one with a line of the components of the source line
 // whose centres lie in the box, the last one first. The source line is the store's first one. False when

@@ -53,7 +53,7 @@ class BlockJoiner {
         : store(target),
           mean(meanSize),
           blocks(BlocksOf(target)),
-          index(blocks.size(), [this](std::size_t i) { return RectOf(*blocks[i]); }),
+          index(blocks.size(), [this](std::size_t i) { return Ordered(RectOf(*blocks[i])); }),
           rightEdges(blocks.size(), [this](std::size_t i) { return RightEdge(RectOf(*blocks[i])); }),
           upperEdges(blocks.size(), [this](std::size_t i) { return UpperEdge(RectOf(*blocks[i])); }),
           alignTurns(blocks.size(), true),
@@ -204,7 +204,7 @@ class BlockJoiner {
         while (from->firstChild != nullptr) store::MoveToParent(from, from->firstChild, into);
         boxes[i] = RectOf(*into);
         SetRect(*blocks[i], boxes[i]);
-        index.Set(i, boxes[i]);
+        index.Set(i, Ordered(boxes[i]));
         rightEdges.Set(i, RightEdge(boxes[i]));
         upperEdges.Set(i, UpperEdge(boxes[i]));
         store::DeleteBlock(store, blocks[k]);

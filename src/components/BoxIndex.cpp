@@ -50,7 +50,6 @@ BoxIndex::Places::Places(const BoxTree& list)
     for (std::size_t slot = 0; slot < positions.size(); ++slot) {
         const int position = positions[slot];
         slots[static_cast<std::size_t>(position)] = static_cast<int>(slot);
-        if (list.At(position).IsEmpty()) tree.Remove(static_cast<int>(slot));
     }
 }
 

@@ -14,16 +14,21 @@ namespace tavrix {
 // while boxes change and go. Lists follow the scan of the page, so neighbours in the list are mostly
 // neighbours on the page, and a tree in list order answers at once. For lists in any other order a second
 // tree, in the order of places, is made when the first one searches long.
+//
+// With an area turned inside out the elements are found whose boxes hold the area, and with boxes turned
+// inside out those that lie in the area: a box meets an area when neither begins behind the other's end.
 class BoxIndex {
   public:
-    // boxAt(i) gives the box of element i; sides are put in order.
+    static constexpr Rect kNone = BoxTree::kNone;  // the box of an element that is not to be found
+
+    // boxAt(i) gives the box of element i, its sides in order.
     template <class BoxAt>
     BoxIndex(std::size_t size, BoxAt boxAt) : list(size, boxAt) {}
 
     int Count() const { return list.Count(); }
     // The first element from position `from` on whose box meets the area (common sides count), or Count().
     int Next(int from, const Rect& area) const;
-    // Gives an element a new box, or takes it out. A box's sides are put in order.
+    // Gives an element a new box, or takes it out.
     void Set(int position, const Rect& box);
     void Remove(int position);
 

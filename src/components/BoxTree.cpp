@@ -10,9 +10,6 @@
 namespace tavrix {
 namespace {
 
-// Meets nothing and widens nothing.
-constexpr Rect kNoBox{INT16_MAX, INT16_MAX, INT16_MIN, INT16_MIN};
-
 // Bit i: lane i has x0 <= area.x1, x1 >= area.x0 and the same for rows.
 template <class Node>
 unsigned LanesMeeting(const Node& node, const Rect& area) {
@@ -47,7 +44,7 @@ void SetLane(Node& node, std::size_t lane, const Rect& box) {
 
 template <class Node>
 Rect BoundsOf(const Node& node) {
-    Rect box = kNoBox;
+    Rect box = BoxTree::kNone;  // widens nothing
     for (const std::int16_t side : node.x0) box.x0 = std::min(box.x0, side);
     for (const std::int16_t side : node.y0) box.y0 = std::min(box.y0, side);
     for (const std::int16_t side : node.x1) box.x1 = std::max(box.x1, side);
@@ -59,7 +56,7 @@ Rect BoundsOf(const Node& node) {
 
 BoxTree::BoxTree(std::size_t size) : count(static_cast<int>(size)) {
     Node none;
-    for (std::size_t lane = 0; lane < kFanOut; ++lane) SetLane(none, lane, kNoBox);
+    for (std::size_t lane = 0; lane < kFanOut; ++lane) SetLane(none, lane, kNone);
     do {
         size = (size + kFanOut - 1) / kFanOut;
         levels.emplace_back(size, none);
@@ -81,7 +78,7 @@ void BoxTree::BuildUpperLevels() {
 
 int BoxTree::Next(int from, const Rect& wanted, int& steps) const {
     Rect area = wanted;
-    area.x0 = std::max<std::int16_t>(area.x0, INT16_MIN + 1);  // passes by kNoBox
+    area.x0 = std::max<std::int16_t>(area.x0, INT16_MIN + 1);  // passes by kNone
     std::size_t level = 0;
     for (auto i = static_cast<std::size_t>(from);;) {
         if (--steps < 0) return kOutOfSteps;
@@ -107,15 +104,12 @@ Rect BoxTree::At(int position) const {
     return {node.x0[lane], node.y0[lane], node.x1[lane], node.y1[lane]};
 }
 
-void BoxTree::Set(int position, const Rect& box) {
-    Replace(position, Ordered(box));
-}
-
 void BoxTree::Remove(int position) {
-    Replace(position, kNoBox);
+    Set(position, kNone);
 }
 
-void BoxTree::Replace(int position, Rect box) {
+void BoxTree::Set(int position, const Rect& newBox) {
+    Rect box = newBox;
     auto i = static_cast<std::size_t>(position);
     for (std::vector<Node>& level : levels) {
         Node& node = level[i / kFanOut];

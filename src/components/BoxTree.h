@@ -11,15 +11,17 @@ namespace tavrix {
 
 // Boxes under a tree of bounding boxes, eight to a node, that keeps their order: it finds the boxes that
 // meet an area one after another in that order, while boxes change and go. It is quick where neighbours in
-// the order are mostly neighbours on the page.
+// the order are mostly neighbours on the page. A box meets an area when neither begins behind the other's
+// end, for columns and rows, whatever the order of the sides; see BoxIndex.
 class BoxTree {
   public:
     static constexpr int kOutOfSteps = -1;
+    static constexpr Rect kNone{INT16_MAX, INT16_MAX, INT16_MIN, INT16_MIN};  // meets nothing
 
-    // boxAt(i) gives box i; sides are put in order.
+    // boxAt(i) gives box i.
     template <class BoxAt>
     BoxTree(std::size_t size, BoxAt boxAt) : BoxTree(size) {
-        for (std::size_t i = 0; i < size; ++i) SetLeaf(i, Ordered(boxAt(i)));
+        for (std::size_t i = 0; i < size; ++i) SetLeaf(i, boxAt(i));
         BuildUpperLevels();
     }
 
@@ -27,9 +29,9 @@ class BoxTree {
     // The first position from `from` on whose box meets the area (common sides count), or Count(). Each
     // node looked at takes one of the steps; kOutOfSteps when none is left.
     int Next(int from, const Rect& area, int& steps) const;
-    // The box, its sides in order; an empty one when it was taken out.
+    // The box; one that nothing meets when it was taken out.
     Rect At(int position) const;
-    // Gives a position a new box, or takes its box out. A box's sides are put in order.
+    // Gives a position a new box, or takes its box out.
     void Set(int position, const Rect& box);
     void Remove(int position);
 
@@ -45,7 +47,6 @@ class BoxTree {
     explicit BoxTree(std::size_t size);
     void SetLeaf(std::size_t i, const Rect& box);
     void BuildUpperLevels();
-    void Replace(int position, Rect box);
 
     int count;
     std::vector<std::vector<Node>> levels;  // from the boxes themselves to a single node

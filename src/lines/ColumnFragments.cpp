@@ -34,7 +34,7 @@ class ColumnFragments {
     ColumnFragments(ComponentStore& storeOfLine, const ComponentNode& line)
         : store(storeOfLine),
           nodes(store::ChildrenOf(line)),
-          index(nodes.size(), [this](std::size_t i) { return RectOf(*nodes[i]); }),
+          index(nodes.size(), [this](std::size_t i) { return Ordered(RectOf(*nodes[i])); }),
           isWaiting(nodes.size()) {
         for (int i = 0; i < index.Count(); ++i) {
             const Rect box = RectOf(*nodes[static_cast<std::size_t>(i)]);
@@ -76,7 +76,7 @@ class ColumnFragments {
             merged = true;
         }
         if (!merged) return;
-        index.Set(current, RectOf(node));
+        index.Set(current, Ordered(RectOf(node)));
         for (int i = index.Next(0, Reach(node)); i <= current; i = index.Next(i + 1, Reach(node))) {
             if (!std::exchange(isWaiting[static_cast<std::size_t>(i)], std::uint8_t{1})) waiting.push_back(i);
         }

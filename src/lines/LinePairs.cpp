@@ -45,8 +45,7 @@ class LinePairs {
           pageWidth(width),
           lines(MeasuredLines(storeOfBlock, nodes)),
           index(nodes.size(), [&](std::size_t i) { return Surroundings(lines[i]); }),
-          hasChance(nodes.size(), 1) {
-    }
+          hasChance(nodes.size(), 1) {}
 
     ~LinePairs() {
         for (MeasuredLine& line : lines) {
@@ -81,8 +80,8 @@ class LinePairs {
     MeasuredLine& LineAt(int i) { return lines[static_cast<std::size_t>(i)]; }
 
     // Two lines that the rules may join are less than kMaxGap heights of the smaller type apart, which may be
-    // nearly kOtherType times that, or kWideGap heights of the larger. Each stands in the index with its share
-    // of the latter, and looks as far as its own type reaches.
+    // nearly kOtherType times that, or kWideGap heights of the larger. Each stands in the index with its
+    // share of the latter, and looks as far as its own type reaches.
     static Rect Surroundings(const MeasuredLine& line) {
         return Extended(RectOf(*line.node), 3 * line.quartileHeight / 2 + 1, 0);
     }

@@ -52,8 +52,9 @@ void MergeOverlapsOf(ComponentStore& store, const ComponentNode& line) {
     std::vector<int> placeOf(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i)
         placeOf[static_cast<std::size_t>(byPlace[i])] = static_cast<int>(i);
-    BoxIndex index(nodes.size(),
-                   [&](std::size_t i) { return RectOf(*nodes[static_cast<std::size_t>(byPlace[i])]); });
+    BoxIndex index(nodes.size(), [&](std::size_t i) {
+        return Ordered(RectOf(*nodes[static_cast<std::size_t>(byPlace[i])]));
+    });
 
     // Components still in the index are neither merged nor passed. One that overlaps the current box keeps
     // doing so while it grows, and waits for its turn in list order.

@@ -56,10 +56,10 @@ class Vote {
                                                   [&](const LetterBox& d) { return d.x0 <= c.x1; }) -
                              boxes.begin());
         // None before the first one whose reach comes to c stands over c's columns.
-        const int start = static_cast<int>(
-            std::partition_point(boxes.begin(), boxes.begin() + stop,
-                                 [&](const LetterBox& d) { return d.reach < c.x0; }) -
-            boxes.begin());
+        const int start =
+            static_cast<int>(std::partition_point(boxes.begin(), boxes.begin() + stop,
+                                                  [&](const LetterBox& d) { return d.reach < c.x0; }) -
+                             boxes.begin());
         int votes = 0;
         bool overlapped = false;
         for (int d = start; d < stop; ++d) {
