@@ -13,11 +13,12 @@ extern "C" int32_t TAVRIX_CALL Binarized(HGLOBAL handle, DibRecord* result, int3
         ImagePtr image = api::Wrap(handle, api::kAnyDepth);
         if (!image) return kRefused;
         if (image->Is1Bit()) return image->ExportToRecord(result) ? 1 : kRefused;
-        image = api::ToGray(std::move(image));
+        const api::Method* method = api::MethodOfMode(api::kWholeImageModes, mode);
+        const bool needsPlane = method != nullptr && method->needsPlane;
+        image = api::ToGray(std::move(image), needsPlane ? DibImage::Room::kOfPixels : DibImage::Room::kNone);
         if (!image) return kRefused;
 
         ImageTool tool(image.get());
-        const api::Method* method = api::MethodOfMode(api::kWholeImageModes, mode);
         if (method != nullptr) {
             tool.BinarizeByMethod(method->id);
         } else {

@@ -47,9 +47,9 @@ ImagePtr Wrap(const DibRecord& record, unsigned depths) {
     return DibImage::Borrow(record);
 }
 
-ImagePtr ToGray(ImagePtr image) {
+ImagePtr ToGray(ImagePtr image, DibImage::Room room) {
     if (!image->Is24Bit()) return image;
-    ImagePtr gray = DibImage::New(image->Width(), image->Height(), 8);
+    ImagePtr gray = DibImage::NewUncleared(image->Width(), image->Height(), 8, room);
     if (gray) image->ConvertToGray(*gray);
     return gray;
 }

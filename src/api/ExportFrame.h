@@ -20,6 +20,6 @@ enum Depths : unsigned { k1Bit = 1, k8Bit = 2, k24Bit = 4, kAnyDepth = k1Bit | k
 [[nodiscard]] ImagePtr Wrap(const DibRecord& record, unsigned depths);
 
 // An 8-bit gray copy of a 24-bit image; any other image as it is. Null when memory runs out.
-[[nodiscard]] ImagePtr ToGray(ImagePtr image);
+[[nodiscard]] ImagePtr ToGray(ImagePtr image, DibImage::Room room = DibImage::Room::kNone);
 
 }  // namespace tavrix::api

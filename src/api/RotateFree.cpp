@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "api/ExportFrame.h"
-#include "image/HostBlock.h"
 
 using namespace tavrix;
 
@@ -12,13 +11,9 @@ extern "C" HGLOBAL TAVRIX_CALL RotateFree(HGLOBAL handle, double angle, int32_t 
         const ImagePtr image = api::Wrap(handle, api::k8Bit | api::k24Bit);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const ImagePtr turned = tool.RotateByAngle(angle, clockwise);
+        ImagePtr turned = tool.RotateByAngle(angle, clockwise);
         HGLOBAL copy = nullptr;
         if (!turned || !turned->ExportToHandle(&copy)) return kRefused;
-        if (!turned->ExportToRecord(result)) {
-            FreeHostBlock(copy);
-            return kRefused;
-        }
-        return copy;
+        return DibImage::HandOver(std::move(turned), result) ? copy : kRefused;
     });
 }

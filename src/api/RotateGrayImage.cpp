@@ -10,7 +10,6 @@ extern "C" int16_t TAVRIX_CALL RotateGrayImage(HGLOBAL handle, int32_t angle, Di
         const ImagePtr image = api::Wrap(handle, api::k8Bit);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const ImagePtr turned = tool.RotateGray(angle);
-        return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
+        return DibImage::HandOver(tool.RotateGray(angle), result) ? kDelivered : kRefused;
     });
 }

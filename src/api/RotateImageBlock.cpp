@@ -11,7 +11,7 @@ extern "C" int16_t TAVRIX_CALL RotateImageBlock(DibRecord source, BlockRect bloc
         const ImagePtr image = api::Wrap(source, api::k1Bit);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const ImagePtr turned = tool.RotateBlock(block, static_cast<uint32_t>(code));
-        return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
+        ImagePtr turned = tool.RotateBlock(block, static_cast<uint32_t>(code));
+        return DibImage::HandOver(std::move(turned), result) ? kDelivered : kRefused;
     });
 }

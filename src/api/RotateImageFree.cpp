@@ -11,7 +11,6 @@ extern "C" int16_t TAVRIX_CALL RotateImageFree(HGLOBAL handle, double angle, int
         const ImagePtr image = api::Wrap(handle, api::kAnyDepth);
         if (!image) return kRefused;
         ImageTool tool(image.get());
-        const ImagePtr turned = tool.RotateByAngle(angle, clockwise);
-        return turned && turned->ExportToRecord(result) ? kDelivered : kRefused;
+        return DibImage::HandOver(tool.RotateByAngle(angle, clockwise), result) ? kDelivered : kRefused;
     });
 }

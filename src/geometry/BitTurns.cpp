@@ -66,12 +66,12 @@ void PlaceColumns(const BitBlock& block, Order rowOrder, Order columnOrder, DibI
 // A new image with the columns of a block as rows. Null when memory runs out.
 ImagePtr Transposed(const BitBlock& block, Order rowOrder, Order columnOrder) {
     if (block.first != 0) {
-        const ImagePtr cut = DibImage::New(block.width, block.height, 1);
+        const ImagePtr cut = DibImage::NewUncleared(block.width, block.height, 1);
         if (!cut) return nullptr;
         PlaceRows(block, Order::kAsStored, Order::kAsStored, *cut);
         return Transposed(BitBlock(*cut), rowOrder, columnOrder);
     }
-    ImagePtr result = DibImage::New(block.height, block.width, 1);
+    ImagePtr result = DibImage::NewUncleared(block.height, block.width, 1);
     if (result) PlaceColumns(block, rowOrder, columnOrder, *result);
     return result;
 }
@@ -93,8 +93,14 @@ constexpr Orientation kOrientations[] = {
 
 ImagePtr Turned(const BitBlock& block, const Orientation& orientation) {
     if (orientation.isTransposed) return Transposed(block, orientation.rows, orientation.columns);
-    ImagePtr result = DibImage::New(block.width, block.height, 1);
+    ImagePtr result = DibImage::NewUncleared(block.width, block.height, 1);
     if (result) PlaceRows(block, orientation.rows, orientation.columns, *result);
+    return result;
+}
+
+ImagePtr Black(int width, int height) {
+    ImagePtr result = DibImage::NewUncleared(width, height, 1);
+    if (result) std::memset(result->bits, 0, result->header->biSizeImage);
     return result;
 }
 
@@ -110,8 +116,7 @@ ImagePtr TurnedBlock(const DibImage& image, const BlockRect& block, std::uint16_
     cut = Intersection(cut, whole);
     if (cut.IsEmpty()) return nullptr;
     if (isUpsideDown) {  // has nothing to copy: black
-        return orientation.isTransposed ? DibImage::New(cut.Height(), cut.Width(), 1)
-                                        : DibImage::New(cut.Width(), cut.Height(), 1);
+        return orientation.isTransposed ? Black(cut.Height(), cut.Width()) : Black(cut.Width(), cut.Height());
     }
     return Turned(BitBlock(image, cut.x0, cut.y0, cut.Width(), cut.Height()), orientation);
 }
@@ -119,7 +124,7 @@ ImagePtr TurnedBlock(const DibImage& image, const BlockRect& block, std::uint16_
 ImagePtr TurnedWhole(const DibImage& image, int angle) {
     switch (angle) {
         case 0: {
-            ImagePtr copy = DibImage::New(image.Width(), image.Height(), 1);
+            ImagePtr copy = DibImage::NewUncleared(image.Width(), image.Height(), 1);
             if (copy) copy->CopyBitsFrom(image);
             return copy;
         }

@@ -158,8 +158,13 @@ ImagePtr RotatedFreely(const DibImage& source, double angle, std::int32_t clockw
     const std::optional<Turn> turn =
         PlanTurn(angle, clockwise, source.Width(), source.Height(), source.Is24Bit());
     if (!turn) return nullptr;
-    ImagePtr result = DibImage::New(turn->width, turn->height, source.header->biBitCount);
-    if (result && !source.Is1Bit()) DrawTurned(*turn, source, *result);
+    ImagePtr result = DibImage::NewUncleared(turn->width, turn->height, source.header->biBitCount);
+    if (!result) return nullptr;
+    if (source.Is1Bit()) {
+        std::memset(result->bits, 0, result->header->biSizeImage);
+    } else {
+        DrawTurned(*turn, source, *result);
+    }
     return result;
 }
 

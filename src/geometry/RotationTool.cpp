@@ -59,12 +59,13 @@ ImagePtr RotationTool::RotateGray(std::int32_t angle) {
 }
 
 ImagePtr RotationTool::RotateGrayQuarter() {
-    ImagePtr turned = DibImage::New(height, width, 8);
+    const int columns = image->Width(), rows = image->Height();
+    ImagePtr turned = DibImage::NewUncleared(rows, columns, 8);
     if (!turned) return nullptr;
     const std::ptrdiff_t stride = turned->RowBytes();
-    if (width > 0) {
-        platform::KernelsOf<TurnKernels>().transposeBytes(image->bits, rowBytes, width, height,
-                                                          turned->Row(width - 1), -stride);
+    if (columns > 0) {
+        platform::KernelsOf<TurnKernels>().transposeBytes(image->bits, image->RowBytes(), columns, rows,
+                                                          turned->Row(columns - 1), -stride);
     }
     turned->WriteBmp(platform::kDebugDumpPath);
     return turned;

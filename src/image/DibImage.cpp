@@ -28,12 +28,21 @@ void MakeOneBit(BITMAPINFOHEADER& header) {
     header.biClrUsed = 2;
 }
 
+// A block of so many pixels, or 0 when that is too large for one.
+std::size_t BytesFor(int width, int height, int bitCount) {
+    if (width < 0 || height < 0) return 0;
+    const std::uint64_t bytes =
+        BlockBytesOf(bitCount, 0) + std::uint64_t{RowBytesOf(bitCount, width)} * height;
+    return bytes <= std::numeric_limits<std::int32_t>::max() ? static_cast<std::size_t>(bytes) : 0;
+}
+
 // Packs 8-bit rows into the rows of a 1-bit image of this header.
 void PackRows(const std::uint8_t* source, std::size_t sourceRowBytes, std::uint8_t limit,
               const BITMAPINFOHEADER& header, std::uint8_t* target) {
     const auto packAbove = platform::KernelsOf<PixelKernels>().packAbove;
     const std::size_t rowBytes = RowBytesOf(1, header.biWidth);
     for (int y = 0; y < header.biHeight; ++y) {
+        ClearPadding(target + rowBytes * y, rowBytes);
         packAbove(source + sourceRowBytes * y, header.biWidth, limit, target + rowBytes * y);
     }
 }
@@ -52,6 +61,20 @@ ImagePtr DibImage::Borrow(const DibRecord& record) {
 ImagePtr DibImage::New(int width, int height, int bitCount) {
     ImagePtr image(new (std::nothrow) DibImage);
     return image && image->Create(width, height, bitCount) ? std::move(image) : nullptr;
+}
+
+ImagePtr DibImage::NewUncleared(int width, int height, int bitCount, Room room) {
+    ImagePtr image(new (std::nothrow) DibImage);
+    const std::size_t bytes = BytesFor(width, height, bitCount);
+    if (!image || bytes == 0) return nullptr;
+    const std::size_t behind = room == Room::kOfPixels ? bytes - BlockBytesOf(bitCount, 0) : 0;
+    image->handle = platform::AllocUncleared(bytes + behind);
+    void* block = platform::Lock(image->handle);
+    if (block == nullptr) return nullptr;
+    image->WriteHeader(block, width, height, bitCount);
+    image->InitPalette();
+    for (int y = 0; y < height; ++y) ClearPadding(image->Row(y), image->RowBytes());
+    return image;
 }
 
 ImagePtr DibImage::BlankLike(const DibImage& other) {
@@ -113,26 +136,32 @@ bool DibImage::Release() {
     return true;
 }
 
-bool DibImage::Create(int width, int height, int bitCount, double xResolution, double yResolution) {
-    const std::uint64_t size = std::uint64_t{RowBytesOf(bitCount, width)} * height;
-    const std::uint64_t total = BlockBytesOf(bitCount, 0) + size;
-    handle = nullptr;
-    if (width < 0 || height < 0 || total > std::numeric_limits<std::int32_t>::max()) return false;
-    handle = platform::AllocFixed(static_cast<std::size_t>(total));
-    auto* block = static_cast<std::uint8_t*>(platform::Lock(handle));
-    if (block == nullptr) return false;
-    header = reinterpret_cast<BITMAPINFOHEADER*>(block);
-    *header = {};
+void DibImage::WriteHeader(void* block, int width, int height, int bitCount) {
+    std::memset(block, 0, BlockBytesOf(bitCount, 0));
+    static_cast<BITMAPINFOHEADER*>(block)->biBitCount = static_cast<std::uint16_t>(bitCount);
+    PointInto(block);
     header->biSize = kHeaderBytes;
     header->biWidth = width;
     header->biHeight = height;
     header->biPlanes = 1;
-    header->biBitCount = static_cast<std::uint16_t>(bitCount);
-    header->biSizeImage = static_cast<std::uint32_t>(size);
+    header->biSizeImage = static_cast<std::uint32_t>(RowBytesOf(bitCount, width) * height);
+    header->biXPelsPerMeter = static_cast<std::int32_t>(kDefaultResolution * kResolutionFactor);
+    header->biYPelsPerMeter = header->biXPelsPerMeter;
+    header->biClrUsed = ColourCountOf(bitCount);
+}
+
+bool DibImage::Create(int width, int height, int bitCount, double xResolution, double yResolution) {
+    Release();
+    ownsHandle = true;
+    handle = nullptr;
+    const std::size_t bytes = BytesFor(width, height, bitCount);
+    if (bytes == 0) return false;
+    handle = platform::AllocFixed(bytes);
+    void* block = platform::Lock(handle);
+    if (block == nullptr) return false;
+    WriteHeader(block, width, height, bitCount);
     header->biXPelsPerMeter = static_cast<std::int32_t>(xResolution * kResolutionFactor);
     header->biYPelsPerMeter = static_cast<std::int32_t>(yResolution * kResolutionFactor);
-    header->biClrUsed = ColourCountOf(bitCount);
-    PointInto(block);
     return true;
 }
 
@@ -195,6 +224,20 @@ bool DibImage::ExportToHandle(HGLOBAL* result) const {
     return true;
 }
 
+std::uint8_t* DibImage::RoomOfPixels() {
+    const std::size_t pixels = header->biSizeImage;
+    const bool hasRoom =
+        ownsHandle && platform::SizeOf(handle) >= BlockBytesOf(header->biBitCount, pixels) + pixels;
+    return hasRoom ? bits + pixels : nullptr;
+}
+
+bool DibImage::HandOver(ImagePtr image, DibRecord* record) {
+    if (!image) return false;
+    *record = {image->header, image->palette, image->bits};
+    image->handle = nullptr;
+    return true;
+}
+
 bool DibImage::ExportOneBit(DibRecord* record, bool needsPacking) const {
     if (!needsPacking) return ExportToRecord(record);
     const std::size_t rowBytes = RowBytesOf(1, Width());
@@ -212,7 +255,6 @@ bool DibImage::PackToOneBit(const std::uint8_t* source) {
     const std::size_t sourceRowBytes = RowBytes();
     MakeOneBit(*header);
     palette[1] = {255, 255, 255, palette[1].rgbReserved};
-    std::memset(bits, 0, header->biSizeImage);
     PackRows(source, sourceRowBytes, kAboveOneIsWhite, *header, bits);
     return true;
 }

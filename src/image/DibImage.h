@@ -26,6 +26,11 @@ class DibImage {
     [[nodiscard]] static ImagePtr Borrow(const DibRecord& record);
     // A black image with its standard colour table, at 400 dots per inch.
     [[nodiscard]] static ImagePtr New(int width, int height, int bitCount);
+    // The same with pixels of any value, padding zeroed; to be handed over (HandOver) or used up. With room
+    // for as many pixels again behind them, for what works on the image: two blocks of a size, freed after
+    // every call, would go back to the system and be cleared anew for the next one.
+    enum class Room { kNone, kOfPixels };
+    [[nodiscard]] static ImagePtr NewUncleared(int width, int height, int bitCount, Room room = Room::kNone);
     // A black image with the header and colour table of another one.
     [[nodiscard]] static ImagePtr BlankLike(const DibImage& other);
 
@@ -39,7 +44,8 @@ class DibImage {
     DibImage(const DibImage&) = delete;
     DibImage& operator=(const DibImage&) = delete;
 
-    // Allocates a zeroed block; false when that fails. Resolutions are in dots per inch, stored times 254.
+    // Allocates a zeroed block in place of the one before; false when that fails. Resolutions are in dots per
+    // inch, stored times 254.
     [[nodiscard]] bool Create(int width, int height, int bitCount, double xResolution, double yResolution);
     // The same at 400 dots per inch and with a colour table.
     [[nodiscard]] bool Create(int width, int height, int bitCount);
@@ -56,6 +62,9 @@ class DibImage {
     std::uint8_t* Row(int y) { return bits + static_cast<std::size_t>(RowBytes()) * y; }
     const std::uint8_t* Row(int y) const { return bits + static_cast<std::size_t>(RowBytes()) * y; }
 
+    // The room behind the pixel rows, null where there is none.
+    std::uint8_t* RoomOfPixels();
+
     // Single pixels, for the odd access; loops work on rows. x counts bytes in 24-bit images. Outside the
     // image a 1-bit pixel reads 1 (white), any other 0; writes there are dropped.
     int GetPixel(int x, int y) const;
@@ -70,6 +79,8 @@ class DibImage {
     // target left alone, when memory runs out.
     [[nodiscard]] bool ExportToRecord(DibRecord* record) const;
     [[nodiscard]] bool ExportToHandle(HGLOBAL* handle) const;
+    // Gives the host a NewUncleared image's own block, without a copy. False, with both left alone, for null.
+    [[nodiscard]] static bool HandOver(ImagePtr image, DibRecord* record);
     // A 1-bit copy: of this 1-bit image, or (needsPacking) of this 8-bit one with nonzero pixels white.
     [[nodiscard]] bool ExportOneBit(DibRecord* record, bool needsPacking) const;
 
@@ -93,6 +104,7 @@ class DibImage {
 
   private:
     void PointInto(void* block);
+    void WriteHeader(void* block, int width, int height, int bitCount);
 };
 
 }  // namespace tavrix

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "tavrix/tavrix.h"
 
@@ -16,6 +17,12 @@ inline constexpr std::size_t kHeaderBytes = 40;
 // Bytes of one row: whole 32-bit words.
 constexpr std::size_t RowBytesOf(unsigned bitCount, std::int64_t width) {
     return static_cast<std::size_t>((bitCount * width + 31) / 8 & ~std::int64_t{3});
+}
+
+// Clears the bytes of a row in which it may have padding, before its pixels are written.
+inline void ClearPadding(std::uint8_t* row, std::size_t rowBytes) {
+    constexpr std::size_t kMostPadding = 4;
+    if (rowBytes != 0) std::memset(row + rowBytes - kMostPadding, 0, kMostPadding);
 }
 
 // Entries of a full colour table: none for 24 bits.

@@ -43,12 +43,6 @@ struct BasicPlane {
 using Plane = BasicPlane<std::uint8_t>;
 using ConstPlane = BasicPlane<const std::uint8_t>;
 
-// Memory for a plane like this one, not cleared.
-using Pixels = std::unique_ptr<std::uint8_t[]>;
-inline Pixels PixelsFor(const ConstPlane& plane) {
-    return Pixels(new std::uint8_t[plane.Bytes()]);
-}
-
 // The pixels of an 8-bit image.
 inline Plane PlaneOfPixels(DibImage& image) {
     return {image.bits, static_cast<int>(image.RowBytes()), image.Width(), image.Height(), image.Width()};
@@ -59,5 +53,21 @@ inline Plane PlaneOfRows(DibImage& image) {
     plane.columns = plane.rowBytes;
     return plane;
 }
+
+// A plane of the shape of an image's pixels beside them, in the room that the image brings or in memory of
+// its own; not cleared.
+class SidePlane {
+  public:
+    SidePlane(DibImage& image, const Plane& pixels)
+        : room(image.RoomOfPixels()),
+          own(room != nullptr ? nullptr : new std::uint8_t[pixels.Bytes()]),
+          plane(pixels.Over(room != nullptr ? room : own.get())) {}
+    const Plane& Get() const { return plane; }
+
+  private:
+    std::uint8_t* room;
+    std::unique_ptr<std::uint8_t[]> own;
+    Plane plane;
+};
 
 }  // namespace tavrix

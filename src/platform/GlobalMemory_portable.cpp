@@ -34,7 +34,7 @@ constexpr unsigned kMaxShownLocks = GMEM_LOCKCOUNT;
 
 struct Block {
     HGLOBAL handle;
-    void* memory;  // what calloc gave; null for a discarded block
+    void* memory;  // as the C library gave it; null for a discarded block
     void* data;
     std::size_t size;
     unsigned locks;
@@ -102,10 +102,14 @@ Result WithBlock(HGLOBAL handle, Result none, Action action) {
     return found == shard.blocks.end() || found->second.handle != handle ? none : action(found->second);
 }
 
-// Memory for a block, its data zeroed and, where a sanitizer watches, fenced in.
-bool Reserve(std::size_t bytes, Block& block) {
+// What a new block holds.
+enum class Content { kZeros, kAnything };
+
+// Memory for a block, its data fenced in where a sanitizer watches.
+bool Reserve(std::size_t bytes, Content content, Block& block) {
     if (bytes > SIZE_MAX - kAlignment) return false;
-    block.memory = std::calloc(1, bytes + kAlignment);
+    block.memory =
+        content == Content::kZeros ? std::calloc(1, bytes + kAlignment) : std::malloc(bytes + kAlignment);
     if (block.memory == nullptr) return false;
     const std::uintptr_t start = NumberOf(block.memory);
     const std::uintptr_t data = (start + kAlignment - 1) / kAlignment * kAlignment;
@@ -115,16 +119,13 @@ bool Reserve(std::size_t bytes, Block& block) {
     return true;
 }
 
-}  // namespace
-
-HGLOBAL Alloc(unsigned flags, std::size_t bytes) try {
-    const bool isMovable = (flags & GMEM_MOVEABLE) != 0;
+HGLOBAL Alloc(bool isMovable, std::size_t bytes, Content content) try {
     Block block{nullptr, nullptr, nullptr, bytes, 0};
     if (isMovable && bytes == 0) {
         EnterMovable(block);  // discarded: a handle without memory
         return block.handle;
     }
-    if (!Reserve(bytes, block)) return nullptr;
+    if (!Reserve(bytes, content, block)) return nullptr;
     try {
         if (isMovable) {
             EnterMovable(block);
@@ -141,12 +142,18 @@ HGLOBAL Alloc(unsigned flags, std::size_t bytes) try {
     return nullptr;
 }
 
+}  // namespace
+
 HGLOBAL AllocMovable(std::size_t bytes) {
-    return Alloc(GHND, bytes);
+    return Alloc(true, bytes, Content::kZeros);
+}
+
+HGLOBAL AllocUncleared(std::size_t bytes) {
+    return Alloc(true, bytes, Content::kAnything);
 }
 
 HGLOBAL AllocFixed(std::size_t bytes) {
-    return Alloc(GPTR, bytes);
+    return Alloc(false, bytes, Content::kZeros);
 }
 
 void* Lock(HGLOBAL handle) {
@@ -202,7 +209,8 @@ unsigned FlagsOf(HGLOBAL handle) {
 extern "C" {
 
 HGLOBAL GlobalAlloc(unsigned flags, std::size_t bytes) {
-    return tavrix::platform::Alloc(flags, bytes);
+    return (flags & GMEM_MOVEABLE) != 0 ? tavrix::platform::AllocMovable(bytes)
+                                        : tavrix::platform::AllocFixed(bytes);
 }
 void* GlobalLock(HGLOBAL handle) {
     return tavrix::platform::Lock(handle);

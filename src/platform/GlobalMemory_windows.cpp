@@ -6,6 +6,9 @@ namespace tavrix::platform {
 HGLOBAL AllocMovable(std::size_t bytes) {
     return GlobalAlloc(GHND, bytes);
 }
+HGLOBAL AllocUncleared(std::size_t bytes) {
+    return GlobalAlloc(GMEM_MOVEABLE, bytes);
+}
 HGLOBAL AllocFixed(std::size_t bytes) {
     return GlobalAlloc(GPTR, bytes);
 }

@@ -31,29 +31,29 @@ EdgeRegionBinarizer::EdgeRegionBinarizer(DibImage* page) {
 
 bool EdgeRegionBinarizer::Binarize() {
     if (!HasPixels()) return false;
-    const Pixels result = PixelsFor(src);
-    const RulePlanes planes{src, src.Over(result.get()), {}};
+    const SidePlane result(*image, src);
+    const RulePlanes planes{src, result.Get(), {}};
     const PreMask mask = BuildPreMask(planes.result);
-    return RefineByRegions(mask, planes) && image->PackToOneBit(result.get());
+    return RefineByRegions(mask, planes) && image->PackToOneBit(result.Get().pixels);
 }
 
 bool EdgeRegionBinarizer::BinarizeBlock() {
     if (!HasPixels()) return false;
-    const Pixels result = PixelsFor(src);
-    const RulePlanes planes{src, src.Over(result.get()), {}};
+    const SidePlane result(*image, src);
+    const RulePlanes planes{src, result.Get(), {}};
     FillWhite(planes.result);
     const Finishing finishing = BinarizeRegion(PageFindings{}, planes, src.Whole());
     FinishRegion(planes.result, src.Whole(), finishing.how);  // without strong edges
-    return image->PackToOneBit(result.get());
+    return image->PackToOneBit(result.Get().pixels);
 }
 
 bool EdgeRegionBinarizer::BinarizeSharp() {
     if (!HasPixels()) return false;
-    const Pixels result = PixelsFor(src);
-    const RulePlanes planes{src, src.Over(result.get()), {}};
+    const SidePlane result(*image, src);
+    const RulePlanes planes{src, result.Get(), {}};
     FillWhite(planes.result);
     FinishRegions(planes, {{src.Whole(), BinarizeRegionSharp(planes, src.Whole())}});
-    return image->PackToOneBit(result.get());
+    return image->PackToOneBit(result.Get().pixels);
 }
 
 PreMask EdgeRegionBinarizer::BuildPreMask(const Plane& edges) {

@@ -34,19 +34,19 @@ LineRegionBinarizer::LineRegionBinarizer(DibImage* page) {
 bool LineRegionBinarizer::Binarize() {
     if (!HasPixels()) return false;
     PaintPageMargins();
-    const Pixels result = PixelsFor(gray);
-    RulePlanes planes{gray, gray.Over(result.get()), {}};
+    const SidePlane result(*image, gray);
+    RulePlanes planes{gray, result.Get(), {}};
     const PreMask mask = BuildLinePreMask(planes.result);
-    return RefineByLines(mask, planes) && image->PackToOneBit(result.get());
+    return RefineByLines(mask, planes) && image->PackToOneBit(result.Get().pixels);
 }
 
 bool LineRegionBinarizer::BinarizeBlock() {
     if (!HasPixels()) return false;
-    const Pixels result = PixelsFor(gray);
-    const RulePlanes planes{gray, gray.Over(result.get()), {}};
+    const SidePlane result(*image, gray);
+    const RulePlanes planes{gray, result.Get(), {}};
     FillPixels(planes.result, kWhite);
     FinishRegion(planes.result, gray.Whole(), LineRule(PageFindings{}, planes, gray.Whole()));
-    return image->PackToOneBit(result.get());
+    return image->PackToOneBit(result.Get().pixels);
 }
 
 void LineRegionBinarizer::PaintPageMargins() {
@@ -66,10 +66,10 @@ bool LineRegionBinarizer::RefineByLines(const PreMask& mask, RulePlanes& planes)
     if (!components.IsReady()) return false;
     if (!FindLines(mask.foreground, planes.result, components)) return false;
     FillPixels(planes.result, kWhite);
-    Pixels sharpened;
+    std::vector<std::uint8_t> sharpened;
     if (mask.page.midToneHint) {
-        sharpened = PixelsFor(gray);
-        planes.sharpened = gray.Over(sharpened.get());
+        sharpened.resize(gray.Bytes());
+        planes.sharpened = gray.Over(sharpened.data());
         FillPixels(planes.sharpened, kWhite);
     }
     BinarizeLines(mask.page, planes, components);

@@ -15,6 +15,11 @@
 #include "tavrix/component_store.hpp"
 #include "tavrix/message_handler.h"
 
+extern "C" {
+void* __real_malloc(std::size_t bytes);
+void* __wrap_malloc(std::size_t bytes);
+}
+
 // Counts the allocations of the code under test and their bytes, and lets chosen ones fail. The functions of
 // the system by which memory comes and goes are redirected by the linker.
 namespace {
@@ -47,7 +52,7 @@ bool Fails() {
 void* Allocate(std::size_t bytes, std::size_t alignment) {
     if (Fails()) throw std::bad_alloc();
     const std::size_t rounded = (bytes + alignment) / alignment * alignment;
-    void* memory = alignment <= alignof(std::max_align_t) ? std::malloc(bytes + 1)
+    void* memory = alignment <= alignof(std::max_align_t) ? __real_malloc(bytes + 1)
                                                           : std::aligned_alloc(alignment, rounded);
     if (memory == nullptr) throw std::bad_alloc();
     ++live;
@@ -90,6 +95,9 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
 }
 
 extern "C" {
+void* __wrap_malloc(std::size_t bytes) {
+    return Fails() ? nullptr : Counted(__real_malloc(bytes));
+}
 void* __real_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
@@ -211,6 +219,20 @@ TEST(Memory, OfEveryModeIsBounded) {
                 EXPECT_LT(bytesInUse - before, 4096) << "kept after mode " << mode;
             }
         }
+    }
+}
+
+TEST(Memory, IsNotTouchedForATurnThatIsTooLarge) {
+    const struct {
+        int width, height, bitCount;                        // of the picture, which is not touched either
+    } tooLarge[] = {{30000, 20000, 1}, {32767, 5200, 24}};  // a side of 35,355; a block of 2.1 GB
+    for (const auto& [width, height, bitCount] : tooLarge) {
+        const HostImage picture(width, height, bitCount);
+        const long before = bytesInUse;
+        mostBytes = before;
+        DibRecord result{};
+        EXPECT_EQ(RotateImageFree(picture.Handle(), 45, 0, &result), -1);
+        EXPECT_LT(mostBytes - before, 4096);
     }
 }
 

@@ -81,6 +81,21 @@ TEST(RotationTool, TurnsAndFlipsWholeImages) {
     EXPECT_EQ(tool.FlipOneBit(3, *image), nullptr);
 }
 
+TEST(DibImage, CreatesInPlaceOfTheBlockBefore) {
+    const HostImage host = HostImage::Drawn(5, 9, 8);
+    ImagePtr image = DibImage::Borrow(host.Handle());
+    const HGLOBAL borrowed = image->handle;
+    ASSERT_TRUE(image->Create(40, 30, 8));
+    EXPECT_EQ(GlobalFlags(borrowed), 1u);  // the host's lock
+    const HGLOBAL first = image->handle;
+    ASSERT_TRUE(image->Create(4000, 3000, 1));
+    const HGLOBAL second = image->handle;
+    EXPECT_TRUE(first == second || GlobalFlags(first) == GMEM_INVALID_HANDLE);
+    EXPECT_FALSE(image->Create(32767, 32767, 24));  // too large for a block
+    EXPECT_EQ(GlobalFlags(second), static_cast<unsigned>(GMEM_INVALID_HANDLE));
+    EXPECT_EQ(image->handle, nullptr);
+}
+
 TEST(DibImage, ReadsAndWritesSinglePixels) {
     for (const int bitCount : {1, 8, 24}) {
         const HostImage host = HostImage::Drawn(5, 9, bitCount);
