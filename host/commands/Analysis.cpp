@@ -6,6 +6,7 @@
 
 #include "commands/AnalysisCommand.h"
 #include "commands/Commands.h"
+#include "operations/FindCard.h"
 #include "operations/Operations.h"
 
 namespace host {
@@ -36,17 +37,6 @@ struct LineOptions : AnalysisOptions {
 void AddLineOptions(CLI::App& command, LineOptions& options) {
     command.add_flag("--join-pieces", options.joinsPieces, "Join side-by-side pieces of a line first");
     command.add_flag("--split-wide", options.splitsWide, "Split components that hold several characters");
-}
-
-// Lines are looked for among letters where those are known, the logo among the rest.
-const HostImage& TextOf(const Conversion& page) {
-    return page.letters.Handle() != nullptr ? page.letters : page.bits;
-}
-
-std::optional<Box> FindLogoOf(const Conversion& page) {
-    std::optional<Box> logo;
-    if (page.pictures.Handle() != nullptr) logo = FindLogo(page.pictures);
-    return logo ? logo : FindLogo(page.bits);
 }
 
 // What a host does with a card: clean the components, group them, look for the main line and the logo.
