@@ -13,7 +13,7 @@ int main() {}" TAVRIX_X86)
 
 option(TAVRIX_PLAIN_KERNELS "Kernels of plain loops, without vector code" OFF)
 if(NOT TAVRIX_X86 AND NOT TAVRIX_PLAIN_KERNELS)
-  find_path(TAVRIX_SIMDE_INCLUDE simde/x86/sse2.h NO_CMAKE_FIND_ROOT_PATH)
+  find_path(TAVRIX_SIMDE_INCLUDE simde/x86/sse2.h PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
   if(NOT TAVRIX_SIMDE_INCLUDE)
     message(STATUS "Without SIMDe (Debian: libsimde-dev) the kernels are plain loops, which are slower")
     set(TAVRIX_PLAIN_KERNELS ON)

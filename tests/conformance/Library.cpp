@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Library.h"
 
+#ifdef __EMSCRIPTEN__
+#define TAVRIX_LINKED(name) reinterpret_cast<void*>(&name)
+#else
+#define TAVRIX_LINKED(name) nullptr
 #ifndef _WIN32
 #include <dlfcn.h>
+#endif
 #endif
 
 namespace tavrix::conformance {
@@ -11,6 +16,7 @@ namespace {
 struct ExportInfo {
     const char* name;
     std::uint32_t argumentBytes;
+    void* linked;  // where the library is part of this program
 };
 #include "ExportTable.h"  // made from the list of exports: kExports
 
@@ -50,7 +56,9 @@ _CallOnStack:
 )");
 #endif
 
-#ifdef _WIN32
+#ifdef __EMSCRIPTEN__
+Library::Library(const std::string& path) : module(const_cast<ExportInfo*>(kExports)) {
+#elif defined(_WIN32)
 Library::Library(const std::string& path) : module(reinterpret_cast<void*>(LoadLibraryA(path.c_str()))) {
 #else
 Library::Library(const std::string& path) : module(dlopen(path.c_str(), RTLD_NOW)) {
@@ -62,7 +70,8 @@ Library::Library(const std::string& path) : module(dlopen(path.c_str(), RTLD_NOW
 
 Library::~Library() {
     if (module == nullptr) return;
-#ifdef _WIN32
+#ifdef __EMSCRIPTEN__
+#elif defined(_WIN32)
     Require(FreeLibrary(static_cast<HMODULE>(module)) != 0, "FreeLibrary");
 #else
     Require(dlclose(module) == 0, "dlclose");
@@ -70,7 +79,12 @@ Library::~Library() {
 }
 
 void* Library::AddressOf(const std::string& name) const {
-#ifdef _WIN32
+#ifdef __EMSCRIPTEN__
+    for (const ExportInfo& info : kExports) {
+        if (name == info.name) return info.linked;
+    }
+    return nullptr;
+#elif defined(_WIN32)
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name.c_str()));
 #else
     return dlsym(module, name.c_str());

@@ -14,7 +14,7 @@
 
 #include "Cases.h"
 
-#ifdef __SSE2__
+#if defined(__SSE2__) && !defined(__wasm__)
 #include <emmintrin.h>
 #endif
 
@@ -41,7 +41,7 @@ Cases AllCases() {
     return cases;
 }
 
-#ifdef __SSE2__
+#if defined(__SSE2__) && !defined(__wasm__)
 // What a host may have set: rounding up, denormal numbers as zeros; on the old unit single precision as well.
 class HostsFloatingPoint {
   public:
