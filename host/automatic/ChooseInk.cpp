@@ -7,14 +7,16 @@
 namespace host {
 namespace {
 
-constexpr int kMinLetters = 3;          // light ones that make a dark area ground
+constexpr int kMinLetters = 3;          // that make an area ground
 constexpr double kLetterHeight = 0.75;  // of the ground's height, at most
 constexpr double kMinComplexity =
     26;  // contour squared by pixels: letters are strokes, holes in letters are blobs
-constexpr double kThinness = 1.6;     // the ground is so much thicker than the strokes on it
-constexpr double kMinSolidity = 0.5;  // of its box that the ground covers, holes included
-constexpr double kMaxInkWidth = 0.6;  // of the ground's, for light ink that is no letter
-constexpr double kMaxInkShare = 0.2;  // of the ground's pixels
+constexpr double kThinness = 1.6;       // the ground is so much thicker than the strokes on it
+constexpr double kMinSolidity = 0.5;    // of its box that the ground covers, holes included
+constexpr double kPanelSolidity = 0.7;  // the same of a light panel...
+constexpr double kHaloText = 0.2;       // ...unless letters cover so much of it
+constexpr double kMaxInkWidth = 0.6;    // of the ground's, for light ink that is no letter
+constexpr double kMaxInkShare = 0.2;    // of the ground's pixels
 
 // What an area is taken for.
 enum class Role : std::uint8_t {
@@ -25,7 +27,7 @@ enum class Role : std::uint8_t {
     kCounter,     // dark in light ink
 };
 
-// Light letters directly on a dark area.
+// Letters directly on an area of the other colour.
 struct Inscription {
     int letters = 0;
     int complex = 0;
@@ -33,8 +35,19 @@ struct Inscription {
     std::int64_t contour = 0;
 };
 
+bool HasText(const Inscription& text) {
+    return text.letters >= kMinLetters && 2 * text.complex >= text.letters;
+}
+
+// A light area with dark letters: a panel, or a halo around them. Others, like a car with dark windows, are
+// ink.
+bool IsPanel(const Area& area, const Inscription& text, std::int64_t filled) {
+    return HasText(text) && (static_cast<double>(filled) >= kPanelSolidity * area.Width() * area.Height() ||
+                             static_cast<double>(text.pixels) >= kHaloText * static_cast<double>(filled));
+}
+
 bool IsGround(const Area& area, const Inscription& text, std::int64_t filled) {
-    if (text.letters < kMinLetters || 2 * text.complex < text.letters) return false;
+    if (!HasText(text)) return false;
     const double strokes = static_cast<double>(text.pixels) / static_cast<double>(text.contour);
     return area.Thickness() >= kThinness * strokes &&
            static_cast<double>(filled) >= kMinSolidity * area.Width() * area.Height();
@@ -81,7 +94,7 @@ Ink ChooseInk(const AreaTree& tree, const std::vector<bool>& isLetter) {
             const bool isOnDark =
                 around == Role::kCounter ||
                 (around == Role::kDarkGround && FitsOn(area, areas[static_cast<std::size_t>(area.parent)]));
-            role = isOnDark && texts[i].letters < kMinLetters ? Role::kLightInk : Role::kPaper;
+            role = isOnDark && !IsPanel(area, texts[i], filled[i]) ? Role::kLightInk : Role::kPaper;
         }
         ink.areas[i] = role == Role::kInk || role == Role::kLightInk;
     }

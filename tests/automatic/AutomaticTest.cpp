@@ -112,6 +112,14 @@ const std::vector<Page> kPages = {
          cv::rectangle(page.gray, {0, 290, kWidth, 130}, cv::Scalar(50), cv::FILLED);
          Write(page, 60, 340, 1, 230, "Werkstatt Nord");
          Write(page, 60, 390, 1, 230, "offen 8 bis 17 Uhr");
+         // A light mark with dark dashes: they are no print on it.
+         for (auto& [picture, level] : {std::pair{&page.gray, 230}, std::pair{&page.glyphs, 255}}) {
+             cv::rectangle(*picture, {480, 305, 40, 90}, cv::Scalar(level), cv::FILLED);
+             cv::rectangle(*picture, {480, 365, 180, 30}, cv::Scalar(level), cv::FILLED);
+             for (int x = 500; x < 640; x += 20) {
+                 cv::line(*picture, {x, 383}, {x + 10, 375}, cv::Scalar(255 - level), 3);
+             }
+         }
      },
      "otsu"},
     {"Shading",
