@@ -1,18 +1,18 @@
 # How programs of a cross build run: CMAKE_CROSSCOMPILING_EMULATOR, and for Windows TAVRIX_RUN32.
-if(CMAKE_CROSSCOMPILING AND NOT WIN32)
-  find_program(TAVRIX_QEMU qemu-i386)  # runs programs as on processors of several levels
-endif()
-if(CMAKE_CROSSCOMPILING AND NOT WIN32 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
-  set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/probe32)
-  file(WRITE ${probe}.c "int main(void) { return 0; }\n")
-  try_compile(built ${probe} SOURCES ${probe}.c COPY_FILE ${probe})
+if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  string(REPLACE "i686" "i386" processor ${CMAKE_SYSTEM_PROCESSOR})
+  find_program(TAVRIX_QEMU qemu-${processor})  # runs programs as on processors of several levels
+  set(TAVRIX_QEMU_OPTIONS -L ${CMAKE_FIND_ROOT_PATH})
+  set(probe ${CMAKE_BINARY_DIR}/CMakeFiles/emulator_probe)
+  file(WRITE ${probe}.cpp "#include <mutex>\nint main() { std::mutex().lock(); }\n")
+  try_compile(built ${probe} SOURCES ${probe}.cpp COPY_FILE ${probe})
   execute_process(COMMAND ${probe} RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
-  if(NOT result EQUAL 0)
-    # The kernel cannot run 32-bit programs.
+  if(NOT result EQUAL 0 AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    # The kernel cannot run its programs, or their libraries are not where they look.
     if(NOT TAVRIX_QEMU)
-      message(FATAL_ERROR "32-bit programs need qemu-i386 here (Debian: qemu-user)")
+      message(FATAL_ERROR "Programs for ${processor} need qemu-${processor} here (Debian: qemu-user)")
     endif()
-    set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVRIX_QEMU} -cpu max)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${TAVRIX_QEMU} -cpu max ${TAVRIX_QEMU_OPTIONS})
   endif()
 endif()
 

@@ -1,10 +1,9 @@
-# 32-bit Linux, with the compiler of a 64-bit one (Debian: g++-multilib).
+# 32-bit Linux (Debian: g++-i686-linux-gnu). Not g++-multilib: it cannot be installed beside compilers for
+# other processors.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
-set(CMAKE_C_COMPILER gcc)
-set(CMAKE_CXX_COMPILER g++)
-set(CMAKE_C_FLAGS_INIT -m32)
-set(CMAKE_CXX_FLAGS_INIT -m32)
+set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
+set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
 # The libraries of the 64-bit system do not link.
 set(CMAKE_FIND_ROOT_PATH /usr/i686-linux-gnu)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
