@@ -17,6 +17,9 @@ if(TAVRIX_X86 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   # 32-bit hosts align their stacks to 4 bytes only.
   target_compile_options(tavrix_options INTERFACE -mstackrealign)
 endif()
+if(WIN32)
+  target_compile_options(tavrix_options INTERFACE -g)  # goes into a file of its own
+endif()
 if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   # The system's heap aligns to 8 bytes, whatever the compiler takes for granted of operator new.
   target_compile_options(tavrix_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-faligned-new=8>)

@@ -24,7 +24,14 @@ install(FILES ${PROJECT_BINARY_DIR}/TavrixConfig.cmake ${PROJECT_BINARY_DIR}/Tav
 install(EXPORT TavrixTargets NAMESPACE Tavrix:: DESTINATION ${package_dir})
 
 if(WIN32)
-  install(FILES samples/binarize.c LICENSE README.md DESTINATION .)
+  if(TAVRIX_LLVM_DLLTOOL)
+    install(FILES ${PROJECT_BINARY_DIR}/Tavrix.lib DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
+  install(FILES ${PROJECT_BINARY_DIR}/bin/Tavrix.debug DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT debug)
+  # The documents with what they show and link to.
+  install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md DESTINATION .)
+  install(FILES samples/binarize.c samples/card-colour.jpg DESTINATION samples)
+  install(DIRECTORY docs DESTINATION . FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.svg")
 else()
   file(RELATIVE_PATH TAVRIX_PC_UP /${CMAKE_INSTALL_LIBDIR} /)
   configure_file(cmake/tavrix.pc.in tavrix.pc @ONLY)

@@ -5,8 +5,16 @@ set(CPACK_PACKAGE_VENDOR "The Tavrix authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Clean black and white, text lines and logos from scans of business cards")
 set(CPACK_STRIP_FILES ON)
 if(WIN32)
+  # Two archives, the debug file in one of its own, with their SHA-256 sums beside them.
   set(CPACK_GENERATOR ZIP)
-  set(CPACK_PACKAGE_FILE_NAME tavrix-${PROJECT_VERSION}-win32)
+  math(EXPR bits "8 * ${CMAKE_SIZEOF_VOID_P}")
+  set(CPACK_PACKAGE_FILE_NAME tavrix-${PROJECT_VERSION}-win${bits})
+  set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+  set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
+  set(CPACK_ARCHIVE_UNSPECIFIED_FILE_NAME ${CPACK_PACKAGE_FILE_NAME})
+  set(CPACK_ARCHIVE_DEBUG_FILE_NAME ${CPACK_PACKAGE_FILE_NAME}-debug)
+  set(CPACK_PACKAGE_CHECKSUM SHA256)
+  set(CPACK_STRIP_FILES OFF)  # stripped when it was linked
 else()
   # Whoever builds the package answers for it; .invalid says that nobody does.
   if(DEFINED ENV{DEBFULLNAME} AND DEFINED ENV{DEBEMAIL})

@@ -1,5 +1,6 @@
 # 32-bit Linux (Debian: g++-i686-linux-gnu). Not g++-multilib: it cannot be installed beside compilers for
-# other processors.
+# other processors. Programs run with the libraries of lib32stdc++6, since threads hang under qemu 7.2 with
+# those that come with the compiler.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER i686-linux-gnu-gcc)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A component store for C++ hosts: makes and frees the memory that tavrix.h describes, and walks the tree.
+// A component store for hosts in C++17 or later: makes and frees the memory that tavrix.h describes, and
+// walks the tree.
 //
 //     tavrix::host::Store store;
 //     Extract_Eight_Connected_Components(image, store.get(), 1, 0, 0);
@@ -11,6 +12,10 @@
 // A range does not survive the deletion of the node that it stands on.
 #ifndef TAVRIX_COMPONENT_STORE_HPP
 #define TAVRIX_COMPONENT_STORE_HPP
+
+#if __cplusplus < 201703L && (!defined(_MSVC_LANG) || _MSVC_LANG < 201703L)
+#error "tavrix/component_store.hpp needs C++17 (tavrix.h does not): -std=c++17, /std:c++17"
+#endif
 
 #include <tavrix/tavrix.h>
 

@@ -8,9 +8,9 @@ execute_process(COMMAND ${RUN} WORKING_DIRECTORY ${WORK}
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "The host ended with ${result}\n${printed}${shown}")
 endif()
-# A message box of the Windows run is written as [run32] MessageBoxW type=0x0 "caption": text.
+# A message box of a Windows run is written as MessageBoxW type=0x0 "caption": text.
 string(REPLACE "\r" "" shown "${shown}")
-string(REGEX REPLACE "\\[run32\\] MessageBoxW type=0x0 \"Tavrix\": " "" shown "${shown}")
+string(REGEX REPLACE "(\\[run32\\] )?MessageBoxW type=0x0 \"Tavrix\": " "" shown "${shown}")
 file(READ ${MESSAGES} expected)
 if(NOT shown STREQUAL expected)
   message(FATAL_ERROR "The messages are\n${shown}instead of\n${expected}")

@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Reads the finished DLL: exported names, argument bytes that each function removes, imports, version
-resource."""
+"""Reads the finished DLL, of 32 or 64 bits: exported names, argument bytes that each function removes (32 bits),
+imports, version resource."""
 import argparse
 import re
 import struct
 import subprocess
 
+I386, AMD64 = 0x14C, 0x8664
 SYSTEM_LIBRARIES = {"kernel32.dll", "msvcrt.dll", "user32.dll"}
 # Handlers, threads and processes: a DLL that works for its host's calls only has no use for them.
-INTRUDING = "ExceptionHandler|ExceptionFilter|beginthread|Thread$|CreateThread|Process|RaiseException"
+INTRUDING = "ExceptionHandler|ExceptionFilter|beginthread|Thread$|CreateThread|Process"
+RAISING = "RaiseException"  # how exceptions inside the library are thrown on 64 bits; on 32 bits not a need
 VERSION_TYPE = 16  # RT_VERSION
 CHINESE_TAIWAN = 0x0404
 BIG5 = 950
@@ -24,7 +26,7 @@ STRINGS = {
 
 
 class Image:
-    """A 32-bit PE file."""
+    """A PE file."""
 
     EXPORTS, IMPORTS, RESOURCES = 0, 1, 2
 
@@ -34,10 +36,12 @@ class Image:
         pe = self.unpack("<I", 0x3C)[0]
         assert self.data[pe:pe + 4] == b"PE\0\0", "no PE file"
         machine, sections, optional_bytes = self.unpack("<HH12xH", pe + 4)
-        assert machine == 0x14C, f"machine {machine:#x} is not i386"
+        assert machine in (I386, AMD64), f"machine {machine:#x}"
+        self.is64 = machine == AMD64
         optional = pe + 24
-        self.base = self.unpack("<I", optional + 28)[0]
-        self.directories = [self.unpack("<II", optional + 96 + 8 * i)[0] for i in range(16)]
+        self.base = self.unpack("<Q", optional + 24)[0] if self.is64 else self.unpack("<I", optional + 28)[0]
+        directories = optional + (112 if self.is64 else 96)
+        self.directories = [self.unpack("<II", directories + 8 * i)[0] for i in range(16)]
         self.sections = []
         for i in range(sections):
             size, rva, raw_size, raw = self.unpack("<IIII", optional + optional_bytes + 40 * i + 8)
@@ -75,9 +79,10 @@ class Image:
         while (name := self.unpack("<12xI", descriptor)[0]) != 0:
             libraries.add(self.text(name).lower())
             entry = self.offset(self.unpack("<I", descriptor)[0])
-            while (hint := self.unpack("<I", entry)[0]) != 0:
+            layout, step = ("<Q", 8) if self.is64 else ("<I", 4)
+            while (hint := self.unpack(layout, entry)[0]) != 0:
                 functions.add(self.text(hint + 2))
-                entry += 4
+                entry += step
             descriptor += 20
         return libraries, functions
 
@@ -134,13 +139,16 @@ def check(arguments):
     exports = image.exports()
     assert set(exports) == set(expected), f"exported names: {sorted(exports)}"
     for name, address in exports.items():
-        removed = removed_bytes(arguments.objdump, arguments.dll, image.base + address)
+        if image.is64:
+            break  # callers remove the arguments
+        removed = removed_bytes(arguments.objdump, arguments.symbols, image.base + address)
         assert removed == {expected[name]}, f"{name} removes {removed} bytes, not {expected[name]}"
 
     libraries, functions = image.imports()
     assert libraries <= SYSTEM_LIBRARIES, f"imports: {sorted(libraries)}"
     assert "GlobalAlloc" in functions
-    intruding = {name for name in functions if re.search(INTRUDING, name)}
+    unwanted = INTRUDING if image.is64 else f"{INTRUDING}|{RAISING}"
+    intruding = {name for name in functions if re.search(unwanted, name)}
     assert not intruding, f"takes more of the process than memory: {sorted(intruding)}"
 
     language, data = image.version()
@@ -162,5 +170,6 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--objdump", required=True)
     parser.add_argument("--exports", required=True, help="list of names and argument bytes")
+    parser.add_argument("--symbols", required=True, help="the DLL before its symbols were taken away")
     parser.add_argument("dll")
     check(parser.parse_args())
