@@ -31,6 +31,7 @@ if(WIN32)
   # The documents with what they show and link to.
   install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md DESTINATION .)
   install(FILES samples/binarize.c samples/card-colour.jpg DESTINATION samples)
+  install(FILES web/README.md DESTINATION web)
   install(DIRECTORY docs DESTINATION . FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.svg")
 else()
   file(RELATIVE_PATH TAVRIX_PC_UP /${CMAKE_INSTALL_LIBDIR} /)

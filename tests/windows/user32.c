@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * Stands in for the system's user32.dll in runs without a screen: a message box is a line on standard error. */
+ * Stands in for the system's user32.dll in runs without a screen: a message box is a line on standard error.
+ */
 #define _USER32_ /* declares the functions as this library's own */
 #include <stdio.h>
 #include <windows.h>
