@@ -122,5 +122,20 @@ void GroupLinesSlantingStrokes(benchmark::State& state) {
 }
 BENCHMARK(GroupLinesSlantingStrokes)->Unit(benchmark::kMicrosecond);
 
+// Strokes along a zigzag up the page, so steep that each begins as a line of its own, and all end in one.
+void GroupLinesIntoOne(benchmark::State& state) {
+    constexpr int kStrokes = 15'000, kStrands = 2, kSpan = 5'000, kPitch = 2, kRise = 3;
+    constexpr int kHeight = 60, kOffset = 345;  // from strand to strand
+    const GroupingOptions options{};
+    std::vector<Rect> boxes;
+    for (int i = 0; i < kStrokes; ++i) {
+        const int step = i / kStrands, turn = step % (2 * kSpan);
+        const int column = std::min(turn, 2 * kSpan - 1 - turn);
+        boxes.push_back(BoxAt(column * kPitch, step * kRise + i % kStrands * kOffset, 2, kHeight));
+    }
+    Group<TextLineGrouper>(state, boxes, &options, 0u);
+}
+BENCHMARK(GroupLinesIntoOne)->Unit(benchmark::kMicrosecond);
+
 }  // namespace
 }  // namespace tavrix::bench

@@ -32,8 +32,14 @@ void RemoveHeight(std::vector<std::uint16_t>& heights, std::uint16_t height) {
 }  // namespace
 
 void LineAbsorption::Absorb(MeasuredLine& a, MeasuredLine& b) {
-    if (!JoinBoxes(a, b)) JoinNodes(a, b);
+    if (!JoinBoxes(a, b)) {
+        JoinNodes(a, b);
+        b = MeasuredLine();
+        return;
+    }
     b = MeasuredLine();
+    const auto update = [&](int x) { return a.extents.Update(a.boxes, x); };
+    if (!std::all_of(changes.begin(), changes.end(), update)) a.BuildExtents();
 }
 
 // False, with nothing done, where neither line is projected yet or one has a box of a rule of its own.
@@ -45,7 +51,10 @@ bool LineAbsorption::JoinBoxes(MeasuredLine& a, MeasuredLine& b) {
     std::vector<std::uint16_t>& heights = (isCoreB ? b : a).heights;
     MakeRoom(core, added.size());
     MakeRoom(heights, added.size());
+    members.clear();
     MakeRoom(members, core.size() + added.size());
+    changes.clear();
+    MakeRoom(changes, core.size() + added.size());
     FindMeetings(core, added);
 
     SetRect(*a.node, Union(RectOf(*a.node), RectOf(*b.node)));
@@ -66,6 +75,7 @@ bool LineAbsorption::JoinBoxes(MeasuredLine& a, MeasuredLine& b) {
             members.push_back(
                 {&added[byColumn[i]], isCoreB ? -1 - position : TAVRIX_STORE_CAPACITY + position});
         }
+        for (const Member& member : members) changes.push_back(member.box->x0);
         const LetterBox merged = MergeMembers();
         AddHeight(heights, merged.height);
         if (from == to) {
@@ -79,6 +89,7 @@ bool LineAbsorption::JoinBoxes(MeasuredLine& a, MeasuredLine& b) {
     if (isCoreB) {
         a.boxes.swap(b.boxes);
         a.heights.swap(b.heights);
+        std::swap(a.extents, b.extents);
     }
     a.isAhead = a.isProjected = true;
     a.UpdateQuartile();

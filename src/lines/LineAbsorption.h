@@ -41,6 +41,7 @@ class LineAbsorption {
     std::vector<std::size_t> byColumn;  // the added components
     std::vector<Meeting> meetings;      // from left to right
     std::vector<Member> members;        // of one meeting
+    std::vector<int> changes;           // columns in which components that came or went begin
 };
 
 }  // namespace tavrix::lines

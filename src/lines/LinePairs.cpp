@@ -2,7 +2,8 @@
 #include "lines/LinePairs.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -34,9 +35,35 @@ constexpr Ratio kFullOverlap{6, 10};     // the same in one size, exclusive ..
 constexpr Ratio kHalfHeight{1, 2};       // .. where the right line's first component is higher than this
 constexpr Ratio kNone{0, 1};             // else
 
+// The lines that a line is to be compared with at its next turn: those near it that have changed since it
+// was compared with all, or all again when it has changed itself or they are many.
+class Candidates {
+  public:
+    static Candidates All() { return Candidates(kRoom + 1); }
+    static Candidates None() { return Candidates(0); }
+    bool AreAll() const { return count > kRoom; }
+    bool AreNone() const { return count == 0; }
+    void Add(int line) {
+        if (count < kRoom) lines[count] = line;
+        if (count <= kRoom) ++count;
+    }
+    // Where they are not all: from first to last.
+    std::span<const int> InOrder() {
+        std::sort(lines, lines + count);
+        return {lines, lines + count};
+    }
+
+  private:
+    explicit Candidates(int size) : count(size) {}
+
+    static constexpr int kRoom = 15;
+    int lines[kRoom];
+    int count;
+};
+
 // Joins pairs of lines of one block. A pass takes each line in list order and merges the other lines that
 // belong to it, in list order too, into it. An index of the boxes leads to the lines near enough; after the
-// first pass a line is taken only when it or a line near it has changed since.
+// first pass two lines are compared only when one of them has changed since.
 class LinePairs {
   public:
     LinePairs(ComponentStore& storeOfBlock, const std::vector<ComponentNode*>& nodes, int width)
@@ -45,7 +72,7 @@ class LinePairs {
           pageWidth(width),
           lines(MeasuredLines(storeOfBlock, nodes)),
           index(nodes.size(), [&](std::size_t i) { return Surroundings(lines[i]); }),
-          hasChance(nodes.size(), 1) {}
+          candidates(nodes.size(), Candidates::All()) {}
 
     ~LinePairs() {
         for (MeasuredLine& line : lines) {
@@ -60,10 +87,9 @@ class LinePairs {
         while (merged) {
             merged = false;
             for (int i = 0; i < index.Count(); ++i) {
-                if (LineAt(i).node != nullptr &&
-                    std::exchange(hasChance[static_cast<std::size_t>(i)], std::uint8_t{0})) {
-                    merged |= MergeInto(i);
-                }
+                const bool isDue =
+                    LineAt(i).node != nullptr && !candidates[static_cast<std::size_t>(i)].AreNone();
+                if (isDue) merged |= TakeTurn(i);
             }
         }
     }
@@ -89,20 +115,36 @@ class LinePairs {
         return Extended(RectOf(*line.node), 9 * line.quartileHeight / 2 + 1, 0);
     }
 
-    bool MergeInto(int current) {
+    // Whether the line took in any other.
+    bool TakeTurn(int current) {
+        Candidates waiting = std::exchange(candidates[static_cast<std::size_t>(current)], Candidates::None());
         MeasuredLine& line = LineAt(current);
         bool merged = false;
-        for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
-            if (i == current || !BelongTogether(line, LineAt(i))) continue;
+        const auto compareWith = [&](int i) {
+            if (i == current || LineAt(i).node == nullptr || !BelongTogether(line, LineAt(i))) return;
             absorption.Absorb(line, LineAt(i));
             index.Remove(i);
             merged = true;
+        };
+        int rest = 0;  // all lines from this one on
+        if (!waiting.AreAll()) {
+            rest = index.Count();
+            for (const int i : waiting.InOrder()) {
+                compareWith(i);
+                if (!merged) continue;
+                rest = i + 1;
+                break;
+            }
+        }
+        for (int i = index.Next(rest, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
+            compareWith(i);
         }
         if (!merged) return false;
         index.Set(current, Surroundings(line));
         for (int i = index.Next(0, Reach(line)); i < index.Count(); i = index.Next(i + 1, Reach(line))) {
-            hasChance[static_cast<std::size_t>(i)] = 1;
+            candidates[static_cast<std::size_t>(i)].Add(current);
         }
+        candidates[static_cast<std::size_t>(current)] = Candidates::All();
         return true;
     }
 
@@ -148,7 +190,7 @@ class LinePairs {
     const int pageWidth;
     std::vector<MeasuredLine> lines;
     BoxIndex index;
-    std::vector<std::uint8_t> hasChance;
+    std::vector<Candidates> candidates;  // of each line
 };
 
 }  // namespace

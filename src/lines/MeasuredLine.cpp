@@ -10,6 +10,8 @@
 namespace tavrix::lines {
 namespace {
 
+constexpr std::size_t kManyBoxes = 100;
+
 // Unions with such boxes hold nothing else, and they stand over some column.
 bool IsPlain(const LetterBox& box) {
     return box.x0 < box.x1 && box.y0 <= box.y1 && box.x0 > INT16_MIN && box.y0 > INT16_MIN &&
@@ -45,6 +47,12 @@ void MeasuredLine::Measure(const ComponentStore& store) {
     isProjected = isProjected && isPlain;
     std::sort(heights.begin(), heights.end());
     UpdateQuartile();
+    BuildExtents();
+}
+
+void MeasuredLine::BuildExtents() {
+    extents.Clear();
+    if (isProjected && boxes.size() >= kManyBoxes) extents.Build(boxes);
 }
 
 void MeasuredLine::UpdateQuartile() {

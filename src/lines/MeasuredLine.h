@@ -4,31 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "image/Rect.h"
+#include "lines/ColumnExtents.h"
+#include "lines/LetterBox.h"
 #include "tavrix/tavrix.h"
 
 namespace tavrix::lines {
-
-// A component's box, its sizes at hand.
-struct LetterBox : Rect {
-    LetterBox(const ComponentNode& node, const ComponentStore& store)
-        : Rect(RectOf(node)),
-          width(static_cast<std::uint16_t>(Rect::Width())),
-          height(static_cast<std::uint16_t>(Rect::Height())),
-          reach(x1),
-          slot(static_cast<std::uint16_t>(&node - store.nodes)) {}
-    std::uint16_t width;
-    std::uint16_t height;
-    std::int16_t reach;  // the greatest x1 of the line's components up to this one
-    std::uint16_t slot;  // of its node in the store
-};
-static_assert(TAVRIX_STORE_CAPACITY <= 0x10000);
-
-// Rows between two boxes, negative when they share some.
-inline int RowGap(const Rect& a, const Rect& b) {
-    const Rect shared = Intersection(a, b);
-    return shared.y0 - shared.y1;
-}
 
 // A line and its components, sorted by left, with what the merging of lines asks of them again and again.
 struct MeasuredLine {
@@ -39,6 +19,8 @@ struct MeasuredLine {
     void Measure(const ComponentStore& store);
     // After a change of the heights.
     void UpdateQuartile();
+    // Makes the extents anew, where so many components are worth it.
+    void BuildExtents();
     // Makes the components the line's children in the tree.
     void WriteLinks(const ComponentStore& store);
     int Count() const { return static_cast<int>(boxes.size()); }
@@ -47,6 +29,7 @@ struct MeasuredLine {
     std::vector<LetterBox> boxes;        // in list order, ascending x0
     std::vector<std::uint16_t> heights;  // of the boxes, ascending
     int quartileHeight = 0;              // of the tallest quarter, the smallest
+    ColumnExtents extents;               // of the boxes; none of few and of a line that is not projected
     bool isAhead = false;                // of the tree, where the line's children are not these any more
     // What the projection of the columns needs to do: no box meets a rule for sides out of order or out of
     // range, and the line's rectangle is their union ..

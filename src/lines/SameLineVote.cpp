@@ -112,7 +112,8 @@ class Vote {
         return IsDot(dot) && stem.height > kStemAspect * stem.width;
     }
     // The rows of a rectangle lie strictly inside a component's, given so much slack.
-    static bool StandsIn(const Rect& rect, const LetterBox& e, int slack) {
+    template <class Rows>
+    static bool StandsIn(const Rect& rect, const Rows& e, int slack) {
         return rect.y1 < e.y1 + slack && rect.y0 > e.y0 - slack;
     }
 
@@ -120,8 +121,9 @@ class Vote {
     // its height is nearer to the lines'.
     const LetterBox* ReferenceNear(const LetterBox& c, int d) const {
         const auto isTall = [&](const LetterBox& e) { return e.height > kFullHeight * height; };
-        const LetterBox* ref = FindBack(d - 1, c.x0 - kSight * height, isTall);
-        const LetterBox* const after = FindForward(d + 1, c.x1 + kSight * height, isTall);
+        const auto holdsTall = [&](const Extent& e) { return e.greatest > kFullHeight * height; };
+        const LetterBox* ref = FindBack(d - 1, c.x0 - kSight * height, isTall, holdsTall);
+        const LetterBox* const after = FindForward(d + 1, c.x1 + kSight * height, isTall, holdsTall);
         if (after != nullptr &&
             (ref == nullptr || std::abs(after->height - height) < std::abs(ref->height - height))) {
             ref = after;
@@ -136,8 +138,12 @@ class Vote {
         const auto holds = [&](const LetterBox& e) {
             return e.height < kHolderHeight * height && StandsIn(both, e, kNearSlack);
         };
-        return FindBack(d - 1, c.x0 - kFarSight * height, holds) != nullptr ||
-               FindForward(d, c.x1 + kFarSight * height, holds) != nullptr;
+        const auto mayHold = [&](const Extent& e) {
+            return e.least < kHolderHeight * height && e.greatest > both.y1 - both.y0 - 2 * kNearSlack &&
+                   StandsIn(both, e, kNearSlack);
+        };
+        return FindBack(d - 1, c.x0 - kFarSight * height, holds, mayHold) != nullptr ||
+               FindForward(d, c.x1 + kFarSight * height, holds, mayHold) != nullptr;
     }
 
     // Whether c, which stands over none of the other line's columns, shares rows with the components to
@@ -153,22 +159,30 @@ class Vote {
         const auto isLevel = [&](const LetterBox& e) {
             return isPlain(e) && (RowGap(c, e) < 0 || (IsDot(c) && RowGap(c, e) < kDotGap));
         };
-        return FindBack(stop - 1, c.x0 - kSight * height, isLevel) != nullptr ||
-               FindForward(stop, c.x1 + kSight * height, isLevel) != nullptr;
+        const auto holdsLevel = [&](const Extent& e) {
+            return e.least < kPlainHeight * height && RowGap(c, Rect{c.x0, e.y0, c.x1, e.y1}) < kDotGap;
+        };
+        return FindBack(stop - 1, c.x0 - kSight * height, isLevel, holdsLevel) != nullptr ||
+               FindForward(stop, c.x1 + kSight * height, isLevel, holdsLevel) != nullptr;
     }
 
     // The first component of the other line that passes, from an index towards the start while they reach
-    // column minX1, or towards the end while they begin by maxX0.
-    template <class Test>
-    const LetterBox* FindBack(int from, int minX1, Test&& passes) const {
-        for (int i = from; i >= 0 && At(i).x1 >= minX1; --i) {
+    // column minX1, or towards the end while they begin by maxX0. mayPass tells by their extent whether one
+    // of several may.
+    template <class Test, class ExtentTest>
+    const LetterBox* FindBack(int from, int minX1, Test&& passes, ExtentTest&& mayPass) const {
+        for (int i = from; i >= 0; --i) {
+            if (!other.extents.IsEmpty()) i = other.extents.Last(other.boxes, i, mayPass);
+            if (i < 0 || At(i).x1 < minX1) break;
             if (passes(At(i))) return &At(i);
         }
         return nullptr;
     }
-    template <class Test>
-    const LetterBox* FindForward(int from, int maxX0, Test&& passes) const {
-        for (int i = from; i < other.Count() && At(i).x0 <= maxX0; ++i) {
+    template <class Test, class ExtentTest>
+    const LetterBox* FindForward(int from, int maxX0, Test&& passes, ExtentTest&& mayPass) const {
+        for (int i = from; i < other.Count(); ++i) {
+            if (!other.extents.IsEmpty()) i = other.extents.First(other.boxes, i, mayPass);
+            if (i >= other.Count() || At(i).x0 > maxX0) break;
             if (passes(At(i))) return &At(i);
         }
         return nullptr;
