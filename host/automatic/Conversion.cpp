@@ -46,7 +46,7 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         image = Scaled(std::move(image), options.scale);
         conversion.scale = options.scale;
     }
-    const HostImage before = wasBilevel && conversion.scale == 1 ? HostImage() : ToGray(image.Copy());
+    const HostImage before = wasBilevel && conversion.scale == 1 ? HostImage() : ToGray(image);
     // Otsu's criterion is the same for every threshold between two levels; the library's tie leaves none.
     const bool isSplit = !wasBilevel && options.scale == 1 && (isAutomatic || options.mode.name == "otsu");
     if (std::optional<HostImage> split = isSplit ? SplitTwoLevels(before) : std::nullopt) {
@@ -60,6 +60,7 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.letters = std::move(result.letters);
         conversion.pictures = std::move(result.pictures);
     } else {
+        if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }
     if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits);

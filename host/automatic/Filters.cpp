@@ -80,29 +80,33 @@ Levels Smoothed(const Levels& picture, double deviation) {
     return result;
 }
 
+RowExtremes::RowExtremes(int width) : low(static_cast<std::size_t>(width) + 2), high(low.size()) {}
+
+void RowExtremes::Find(const std::uint8_t* above, const std::uint8_t* middle, const std::uint8_t* below,
+                       std::uint8_t* darkest, std::uint8_t* lightest) {
+    const int width = static_cast<int>(low.size()) - 2;
+    std::uint8_t *const lows = low.data(), *const highs = high.data();
+    for (int x = 0; x < width; ++x) {
+        lows[x + 1] = std::min(std::min(above[x], below[x]), middle[x]);
+        highs[x + 1] = std::max(std::max(above[x], below[x]), middle[x]);
+    }
+    lows[0] = lows[1];
+    highs[0] = highs[1];
+    lows[width + 1] = lows[width];
+    highs[width + 1] = highs[width];
+    for (int x = 0; x < width; ++x) {
+        darkest[x] = std::min(std::min(lows[x], lows[x + 2]), lows[x + 1]);
+        lightest[x] = std::max(std::max(highs[x], highs[x + 2]), highs[x + 1]);
+    }
+}
+
 Extremes ExtremesOf(const Levels& picture) {
-    const int width = picture.Width();
-    Extremes result = {Levels(width, picture.Height()), Levels(width, picture.Height())};
-    // Of three rows; repeated at both ends.
-    std::vector<std::uint8_t> low(static_cast<std::size_t>(width) + 2), high(low.size());
+    Extremes result = {Levels(picture.Width(), picture.Height()), Levels(picture.Width(), picture.Height())};
+    RowExtremes rows(picture.Width());
     for (int y = 0; y < picture.Height(); ++y) {
-        const std::uint8_t* above = picture.Row(std::max(0, y - 1));
-        const std::uint8_t* middle = picture.Row(y);
-        const std::uint8_t* below = picture.Row(std::min(picture.Height() - 1, y + 1));
-        for (int x = 0; x < width; ++x) {
-            low[x + 1] = std::min(std::min(above[x], below[x]), middle[x]);
-            high[x + 1] = std::max(std::max(above[x], below[x]), middle[x]);
-        }
-        low.front() = low[1];
-        high.front() = high[1];
-        low.back() = low[width];
-        high.back() = high[width];
-        std::uint8_t* darkest = result.darkest.Row(y);
-        std::uint8_t* lightest = result.lightest.Row(y);
-        for (int x = 0; x < width; ++x) {
-            darkest[x] = std::min(std::min(low[x], low[x + 2]), low[x + 1]);
-            lightest[x] = std::max(std::max(high[x], high[x + 2]), high[x + 1]);
-        }
+        rows.Find(picture.Row(std::max(0, y - 1)), picture.Row(y),
+                  picture.Row(std::min(picture.Height() - 1, y + 1)), result.darkest.Row(y),
+                  result.lightest.Row(y));
     }
     return result;
 }

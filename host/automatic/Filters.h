@@ -10,7 +10,18 @@ namespace host {
 // Gaussian, by its standard deviation in pixels (at most 8).
 Levels Smoothed(const Levels& picture, double deviation);
 
-// The darkest and the lightest of 3 x 3 neighbours.
+// The darkest and the lightest of 3 x 3 neighbours, row by row; at the ends of a row those that are there.
+class RowExtremes {
+  public:
+    explicit RowExtremes(int width);
+    void Find(const std::uint8_t* above, const std::uint8_t* middle, const std::uint8_t* below,
+              std::uint8_t* darkest, std::uint8_t* lightest);
+
+  private:
+    std::vector<std::uint8_t> low, high;  // of three rows; repeated at both ends
+};
+
+// The same of a whole picture.
 struct Extremes {
     Levels darkest, lightest;
 };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "automatic/Filters.h"
 
@@ -24,16 +25,23 @@ int CellsOf(int side) {
 
 // How many pixels of strong edges every cell has.
 Levels EdgesInCells(const HostImage& gray) {
-    Levels levels(gray.Width(), gray.Height());
-    for (int y = 0; y < gray.Height(); ++y) std::copy_n(gray.TopRow(y), gray.Width(), levels.Row(y));
-    const Extremes extremes = ExtremesOf(levels);
-    Levels counts(CellsOf(gray.Width()), CellsOf(gray.Height()));
-    for (int y = 0; y < gray.Height(); ++y) {
-        const std::uint8_t* light = extremes.lightest.Row(y);
-        const std::uint8_t* dark = extremes.darkest.Row(y);
+    const int width = gray.Width(), last = gray.Height() - 1;
+    Levels counts(CellsOf(width), CellsOf(gray.Height()));
+    RowExtremes rows(width);
+    std::vector<std::uint8_t> dark(width), light(width),
+        isEdge(static_cast<std::size_t>(kCell) * counts.Width());
+    for (int y = 0; y <= last; ++y) {
+        rows.Find(gray.TopRow(std::max(0, y - 1)), gray.TopRow(y), gray.TopRow(std::min(last, y + 1)),
+                  dark.data(), light.data());
+        for (int x = 0; x < width; ++x)
+            isEdge[x] = static_cast<std::uint8_t>(light[x] - dark[x]) >= kStrongEdge;
         std::uint8_t* count = counts.Row(y / kCell);
-        for (int x = 0; x < gray.Width(); ++x)
-            if (light[x] - dark[x] >= kStrongEdge) ++count[x / kCell];
+        for (int cell = 0; cell < counts.Width(); ++cell) {
+            std::uint64_t eight;
+            std::memcpy(&eight, isEdge.data() + kCell * cell, sizeof eight);
+            count[cell] +=
+                static_cast<std::uint8_t>(eight * 0x0101010101010101u >> 56);  // the sum of its bytes
+        }
     }
     return counts;
 }

@@ -110,7 +110,8 @@ class Analysis {
                 outcome.notes.push_back(std::string("warning: ") + kTruncated);
             }
             Report(findings, outcome);
-            if (places.overlay.IsWanted()) overlaySink.Add({DrawOverlay(shown, findings), facts.resolution});
+            if (places.overlay.IsWanted())
+                overlaySink.Add({DrawOverlay(std::move(shown), findings), facts.resolution});
             bitsSink.Add({std::move(conversion.bits),
                           {facts.resolution.x * facts.scale, facts.resolution.y * facts.scale}});
         }

@@ -2,6 +2,7 @@
 #include "findings/Overlay.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace host {
 namespace {
@@ -43,8 +44,8 @@ void DrawFrame(const HostImage& image, const Box& box, int width, const Colour& 
 
 }  // namespace
 
-HostImage DrawOverlay(const HostImage& picture, const Findings& findings) {
-    HostImage image = ToColour(picture);
+HostImage DrawOverlay(HostImage picture, const Findings& findings) {
+    HostImage image = picture.BitCount() == 24 ? std::move(picture) : ToColour(picture);
     const int width = 1 + std::max(image.Width(), image.Height()) / kSidePerWidth;
     const auto drawLines = [&](const std::vector<FoundLine>& lines) {
         for (const FoundLine& line : lines) {

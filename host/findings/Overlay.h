@@ -8,6 +8,6 @@ namespace host {
 
 // The picture in colour with what was found drawn over it: components red, lines green, blocks blue;
 // the true line orange and the logo violet.
-HostImage DrawOverlay(const HostImage& image, const Findings& findings);
+HostImage DrawOverlay(HostImage picture, const Findings& findings);
 
 }  // namespace host

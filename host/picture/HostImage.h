@@ -18,6 +18,8 @@ class HostImage {
     HostImage() = default;
     // A black picture with a black and white or gray colour table and no resolution.
     HostImage(int width, int height, int bitCount);
+    // One whose pixels are still to be set: only the ends of its rows are cleared.
+    static HostImage Unset(int width, int height, int bitCount);
     // Takes over a block that the library handed out.
     explicit HostImage(const DibRecord& result);
     HostImage(HostImage&& other) noexcept;
@@ -44,12 +46,15 @@ class HostImage {
     }
 
   private:
+    HostImage(int width, int height, int bitCount, unsigned kindOfMemory);
+
     HGLOBAL handle = nullptr;
     DibRecord record = {};
 };
 
 // 1 bit becomes 0 and 255, colour its luminance (0.299, 0.587, 0.114), as the library weighs it.
-HostImage ToGray(HostImage image);
+HostImage ToGray(const HostImage& image);
+HostImage ToGray(HostImage&& image);
 HostImage ToColour(const HostImage& image);
 
 // Black pixels of a 1-bit picture.

@@ -164,17 +164,25 @@ void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size
         TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
         TIFFSetField(tiff, TIFFTAG_PAGENUMBER, static_cast<int>(index), static_cast<int>(count));
     }
+    std::uint32_t stripRows = 0;
+    TIFFGetField(tiff, TIFFTAG_ROWSPERSTRIP, &stripRows);
     const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff));
-    Buffer row(rowBytes);
+    Buffer strip;  // written as a whole, which libtiff packs faster than row by row
+    std::uint32_t number = 0;
     for (int y = 0; y < image.Height(); ++y) {
-        const std::uint8_t* from = image.TopRow(y);
-        std::copy(from, from + rowBytes, row.begin());
+        const std::size_t start = strip.size();
+        strip.insert(strip.end(), image.TopRow(y), image.TopRow(y) + rowBytes);
         if (isOneBit) {
-            for (std::uint8_t& bits : row) bits = static_cast<std::uint8_t>(~bits);
+            for (std::size_t i = start; i < strip.size(); ++i)
+                strip[i] = static_cast<std::uint8_t>(~strip[i]);
         } else if (samples == 3) {
-            for (std::size_t i = 0; i < rowBytes; i += 3) std::swap(row[i], row[i + 2]);
+            for (std::size_t i = start; i < strip.size(); i += 3) std::swap(strip[i], strip[i + 2]);
         }
-        if (TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(y), 0) < 0) return;
+        const bool isFull = y + 1 == image.Height() || (static_cast<std::uint32_t>(y) + 1) % stripRows == 0;
+        if (!isFull) continue;
+        if (TIFFWriteEncodedStrip(tiff, number++, strip.data(), static_cast<tmsize_t>(strip.size())) < 0)
+            return;
+        strip.clear();
     }
     TIFFWriteDirectory(tiff);
 }

@@ -146,8 +146,8 @@ Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels) {
     const jpeg_decompress_struct& info = decoder.Info();
     CheckSize(info.image_width, info.image_height, maxPixels);
     const bool hasFourInks = info.out_color_space == JCS_CMYK;
-    Picture picture{HostImage(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
-                              info.num_components == 1 ? 8 : 24),
+    Picture picture{HostImage::Unset(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
+                                     info.num_components == 1 ? 8 : 24),
                     decoder.JfifResolution()};
     std::vector<std::uint8_t> inks(hasFourInks ? std::size_t{4} * info.image_width : 0);
     if (!decoder.ReadRows(picture.image, hasFourInks ? inks.data() : nullptr)) FailReading(decoder.Reason());
