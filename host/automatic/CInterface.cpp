@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cstring>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "automatic/Conversion.h"
@@ -25,23 +27,51 @@ bool IsTaken(const BITMAPINFOHEADER& header) {
            header.biWidth <= kMaxSide && header.biHeight <= kMaxSide;
 }
 
-}  // namespace
-
-extern "C" __attribute__((visibility("default"))) std::int32_t TavrixBinarizeAutomatically(
-    HGLOBAL image, DibRecord* result, std::int32_t scale, double* confidence) {
+// Throws std::bad_alloc, PictureError; nothing where the library would refuse the image or the scale.
+std::optional<Conversion> Convert(HGLOBAL image, std::int32_t scale) {
     auto* block = static_cast<std::uint8_t*>(GlobalLock(image));
-    if (block == nullptr || result == nullptr || scale < 0 || scale > kMaxScale) return 0;
+    if (block == nullptr || scale < 0 || scale > kMaxScale) return std::nullopt;
     auto* header = reinterpret_cast<BITMAPINFOHEADER*>(block);
-    if (!IsTaken(*header)) return 0;
+    if (!IsTaken(*header)) return std::nullopt;
     const std::size_t tableBytes = header->biBitCount <= 8 ? std::size_t{4} << header->biBitCount : 0;
     const DibRecord record = {header, reinterpret_cast<RGBQUAD*>(block + header->biSize),
                               block + header->biSize + tableBytes};
+    return ToBlackAndWhite(CopyOf(record), {kAutomaticMode, false, scale});
+}
+
+DibRecord Released(HostImage& image) {
+    return image.Handle() != nullptr ? image.Release() : DibRecord{};
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) std::int32_t TavrixReadAutomatically(
+    HGLOBAL image, std::int32_t scale, TavrixAutomatic* result) {
+    if (result == nullptr) return 0;
     try {
-        Conversion conversion = ToBlackAndWhite(CopyOf(record), {kAutomaticMode, false, scale});
-        if (confidence != nullptr) *confidence = conversion.choice->confidence;
-        *result = conversion.bits.Release();
-        return conversion.scale;
+        std::optional<Conversion> conversion = Convert(image, scale);
+        if (!conversion) return 0;
+        std::string warnings;
+        for (const std::string& warning : conversion->warnings) warnings += warning + "\n";
+        *result = {Released(conversion->bits), Released(conversion->letters),  Released(conversion->pictures),
+                   conversion->scale,          conversion->choice->confidence, {}};
+        warnings.copy(result->warnings, sizeof result->warnings - 1);
+        return 1;
     } catch (...) {  // out of memory, or enlarged beyond what the library takes
+        return 0;
+    }
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t TavrixBinarizeAutomatically(
+    HGLOBAL image, DibRecord* result, std::int32_t scale, double* confidence) {
+    if (result == nullptr) return 0;
+    try {
+        std::optional<Conversion> conversion = Convert(image, scale);
+        if (!conversion) return 0;
+        if (confidence != nullptr) *confidence = conversion->choice->confidence;
+        *result = conversion->bits.Release();
+        return conversion->scale;
+    } catch (...) {
         return 0;
     }
 }

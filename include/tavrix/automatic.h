@@ -17,6 +17,22 @@ extern "C" {
    with the record untouched. Shows no messages. */
 int32_t TavrixBinarizeAutomatically(HGLOBAL image, DibRecord* result, int32_t scale, double* confidence);
 
+/* What TavrixBinarizeAutomatically finds out on its way. The host frees the blocks of all records that are
+   not null. */
+typedef struct TavrixAutomatic {
+    DibRecord bits;
+    /* Of the bits the letters in rows and the marks among them, and everything else: text lines are looked for
+       in the one, a logo in the other. All null where there are hardly any letters. */
+    DibRecord letters;
+    DibRecord pictures;
+    int32_t scale;
+    double confidence;
+    char warnings[256]; /* how the result may have lost text, each ended by a new line; mostly empty */
+} TavrixAutomatic;
+
+/* As TavrixBinarizeAutomatically, with all of it. Returns 1, or 0 on failure with the result untouched. */
+int32_t TavrixReadAutomatically(HGLOBAL image, int32_t scale, TavrixAutomatic* result);
+
 #ifdef __cplusplus
 }
 #endif
