@@ -37,7 +37,7 @@ headers, and a module for Python.")
   if(TAVRIX_HEIF_INCLUDE)
     string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS ", libheif1")  # loaded when it is needed: no tool sees it
   endif()
-  set(CPACK_DEBIAN_PACKAGE_SUGGESTS python3-numpy)
+  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3-numpy, python3-pil")  # the module's; the command needs neither
   file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
 
