@@ -97,6 +97,26 @@ std::pair<int, int> Sobel(const Case& c, int x) {
     return {std::abs(column(x + 1) - column(x - 1)), std::abs(row(c.After()) - row(c.Before()))};
 }
 
+// Its rows have room for whole steps of columns.
+void RunGradientRow(const GradientKernels& kernels, Case& c) {
+    const std::size_t size = static_cast<std::size_t>(c.count) + 2 * GradientKernels::kStep;
+    const auto copy = [&](const Byte* row) {
+        Bytes values(row - 1, row + c.count + 1);
+        values.resize(size);
+        return values;
+    };
+    const Bytes above = copy(c.Before()), values = copy(c.At()), below = copy(c.After());
+    Bytes low[2] = {Bytes(size), Bytes(size)}, gradient(size);
+    std::vector<std::int8_t> eighth[2] = {std::vector<std::int8_t>(size), std::vector<std::int8_t>(size)};
+    const GradientKernels::Smoothed smoothedAbove{low[0].data(), eighth[0].data()};
+    const GradientKernels::Smoothed smoothedBelow{low[1].data(), eighth[1].data()};
+    kernels.smoothRow(above.data() + 1, c.count, smoothedAbove);
+    kernels.smoothRow(below.data() + 1, c.count, smoothedBelow);
+    kernels.gradientRow(above.data() + 1, values.data() + 1, below.data() + 1, smoothedAbove, smoothedBelow,
+                        c.count, gradient.data());
+    std::copy_n(gradient.begin(), c.count, c.Target());
+}
+
 double Magnitude(const Case& c, int x) {
     const auto [gx, gy] = Sobel(c, x);
     return std::sqrt(gx * gx + gy * gy);
@@ -127,8 +147,7 @@ const RowKernel kRowKernels[] = {
              return 0.299 * pixel[2] + 0.587 * pixel[1] + 0.114 * pixel[0] + 0.5;
          });
      }},
-    {"GradientRow", 8, 0, 1,
-     KERNEL(GradientKernels, gradientRow, c.Before(), c.At(), c.After(), c.count, c.Target()),
+    {"GradientRow", 8, 0, 1, AtEveryLevel<GradientKernels>(RunGradientRow),
      [](Case& c) { c.Write([&](int x) { return Sobel(c, x).first + Sobel(c, x).second; }); }},
     {"EdgeLevelRow", 8, 0, 1,
      KERNEL(GradientKernels, edgeLevelRow, c.At(), c.Before(), c.After(), c.Row(3), c.Row(4), c.count,
