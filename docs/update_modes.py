@@ -14,12 +14,13 @@ DOCS = pathlib.Path(__file__).parent
 
 
 def markdown(modes):
-    rows = [f"| {'' if number == '-' else number} | `{name}` | {advice} |\n" for number, name, advice in modes]
-    return "| mode | name | choose it for |\n|---|---|---|\n" + "".join(rows)
+    rows = [f"| {'' if number == '-' else number} | `{name}` | {advice} | {words} |\n"
+            for number, name, words, advice in modes]
+    return "| mode | name | choose it for | words read |\n|---|---|---|---:|\n" + "".join(rows)
 
 
 def roff(modes):
-    return "".join(f".br\n.BR {name} :\n{advice}\n".replace("-", "\\-") for _, name, advice in modes)
+    return "".join(f".br\n.BR {name} :\n{advice}; {words} words\n".replace("-", "\\-") for _, name, words, advice in modes)
 
 
 PLACES = [("modes.md", "<!-- modes: made by update_modes.py -->\n", "<!-- end of modes -->", markdown),
@@ -28,7 +29,7 @@ PLACES = [("modes.md", "<!-- modes: made by update_modes.py -->\n", "<!-- end of
 
 def main():
     printed = subprocess.run([sys.argv[1], "modes"], capture_output=True, text=True, check=True).stdout
-    modes = [re.fullmatch(r"(\S+) +(\S+) +(.+)", line).groups() for line in printed.splitlines()]
+    modes = re.findall(r"^([-\d]) +(\S+) +(\d+)  (.+)$", printed, re.MULTILINE)
     differs = []
     for name, start, end, written in PLACES:
         text = (DOCS / name).read_text(encoding="utf-8")

@@ -45,6 +45,10 @@ Pass Read(const Levels& gray, int letterHeight) {
     return {std::move(tree), std::move(isLetter), std::move(ink), height};
 }
 
+bool AreSmall(int letterHeight) {
+    return letterHeight != 0 && letterHeight <= kSmallLetters;
+}
+
 // The share of the ink that stands in rows of letters.
 double ShareInRows(const Pass& pass) {
     std::int64_t all = 0;
@@ -93,7 +97,7 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     Levels gray = TopDown(image);
     Pass pass = Read(gray, 0);
     choice.letterHeight = pass.letterHeight;
-    if (scale == 0 && pass.letterHeight != 0 && pass.letterHeight <= kSmallLetters) choice.scale = 2;
+    if (scale == 0 && AreSmall(pass.letterHeight)) choice.scale = 2;
     if (choice.scale != 1) gray = TopDown(Scaled(std::move(image), choice.scale));
     if (pass.letterHeight != 0 || choice.scale != 1) pass = Read(gray, choice.scale * pass.letterHeight);
     choice.grounds = pass.ink.grounds;
@@ -108,6 +112,10 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
         result.pictures = pass.tree.Paint(pictures);
     }
     return result;
+}
+
+int ScaleFor(const HostImage& gray) {
+    return AreSmall(Read(TopDown(gray), 0).letterHeight) ? 2 : 1;
 }
 
 }  // namespace host

@@ -31,4 +31,7 @@ struct AutomaticResult {
 // result's sides in those of the picture; 0: twice where the letters are small.
 AutomaticResult BinarizeAutomatically(HostImage image, int scale = 1);
 
+// 2 for a gray picture whose letters are small, else 1.
+int ScaleFor(const HostImage& gray);
+
 }  // namespace host

@@ -42,13 +42,15 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
     Conversion conversion;
     const bool wasBilevel = image.BitCount() == 1;
     const bool isAutomatic = options.mode.number == kAutomaticMode.number;
-    if (!isAutomatic && options.scale > 1) {
-        image = Scaled(std::move(image), options.scale);
-        conversion.scale = options.scale;
+    if (!isAutomatic) {
+        const bool isChosen = options.scale == kAutomaticScale;
+        conversion.scale = !isChosen ? options.scale : wasBilevel ? 1 : ScaleFor(ToGray(image));
+        if (conversion.scale > 1) image = Scaled(std::move(image), conversion.scale);
     }
     const HostImage before = wasBilevel && conversion.scale == 1 ? HostImage() : ToGray(image);
     // Otsu's criterion is the same for every threshold between two levels; the library's tie leaves none.
-    const bool isSplit = !wasBilevel && options.scale == 1 && (isAutomatic || options.mode.name == "otsu");
+    const bool isSplit = !wasBilevel && (isAutomatic ? options.scale : conversion.scale) == 1 &&
+                         (isAutomatic || options.mode.name == "otsu");
     if (std::optional<HostImage> split = isSplit ? SplitTwoLevels(before) : std::nullopt) {
         conversion.bits = std::move(*split);
         if (isAutomatic) conversion.choice.emplace().wasBilevel = true;
@@ -63,7 +65,9 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }
-    if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits);
+    const auto& choice = conversion.choice;
+    const bool hasText = !choice || choice->wasBilevel || choice->letterHeight != 0;
+    if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits, hasText);
     return conversion;
 }
 

@@ -63,7 +63,7 @@ Levels CellsNearInk(const HostImage& bits, int columns, int rows, int scale) {
 
 }  // namespace
 
-std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits) {
+std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits, bool hasText) {
     std::vector<std::string> warnings;
     if (std::min(gray.Width(), gray.Height()) < kShortSide) return warnings;
     const double black = BlackShare(bits);
@@ -85,6 +85,7 @@ std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bit
             "much less ink than other modes find: " + std::to_string(std::lround(100.0 * bare / all)) +
             " % of the sharp edges have none");
     }
+    if (!hasText && black >= kNearlyBlank) warnings.emplace_back("hardly any text was found");
     return warnings;
 }
 

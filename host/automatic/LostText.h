@@ -9,7 +9,8 @@
 namespace host {
 
 // Says where a 1-bit result may have lost text of its gray picture: it is nearly blank, mostly black,
-// or many strong edges of the picture have no ink near them. The result may be larger by a whole factor.
-std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits);
+// many strong edges of the picture have no ink near them, or there is hardly any text, as who has looked for
+// it tells by hasText. The result may be larger by a whole factor.
+std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits, bool hasText);
 
 }  // namespace host

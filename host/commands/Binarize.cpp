@@ -65,10 +65,15 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
 void AddModesCommand(CLI::App& app) {
     CLI::App& command = *app.add_subcommand("modes", "List the binarization modes");
     command.callback([] {
-        std::printf("-  %-9s %s\n", kAutomaticMode.name.data(), kAutomaticMode.suits.data());
+        std::printf("   mode      words  for\n-  %-9s %5d  %s\n", kAutomaticMode.name.data(),
+                    kAutomaticMode.words, kAutomaticMode.suits.data());
         for (const Mode& mode : kModes) {
-            std::printf("%d  %-9s %s\n", mode.number, mode.name.data(), mode.suits.data());
+            std::printf("%d  %-9s %5d  %s\n", mode.number, mode.name.data(), mode.words, mode.suits.data());
         }
+        std::printf(
+            "\nwords: what Tesseract reads of %d printed ones on 22 photographs and scans; %d of those as "
+            "they are\n",
+            kPrintedWords, kWordsUnprepared);
     });
 }
 

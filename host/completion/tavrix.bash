@@ -8,7 +8,7 @@ _tavrix() {
     local clean='-m --mode -v --verbose --scale --dpi --despeckle'
     COMPREPLY=()
     case $last in
-        -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '{ print $2 }') ;;
+        -m | --mode) choices=$(tavrix modes 2>/dev/null | awk '/^[-0-9]/ { print $2 }') ;;
         --format | --overlay-format) choices='tif pdf png bmp pbm pgm ppm pnm jpg' ;;
         --scale) choices='1 2 3 auto' ;;
         --op) choices='edge open close smooth sharpen dilate' ;;

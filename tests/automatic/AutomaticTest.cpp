@@ -183,6 +183,16 @@ TEST(AutomaticTest, PhotographsDoNotBecomeText) {
     EXPECT_LT(conversion.choice->confidence, 0.2);
 }
 
+TEST(AutomaticTest, SaysWhereThereIsHardlyAnyText) {
+    Drawing page;
+    Shade(page, 0.7, 4);
+    for (int i = 0; i < 5; ++i)
+        cv::circle(page.gray, {100 + 130 * i, 90 + 60 * i}, 30 + 15 * i, {40.0 + 20 * i}, -1);
+    const Conversion conversion = ToBlackAndWhite(ImageOf(page.gray), {});
+    EXPECT_GT(CountBlack(conversion.bits), 0);
+    EXPECT_EQ(conversion.warnings, std::vector<std::string>{"hardly any text was found"});
+}
+
 TEST(AutomaticTest, EnlargesSmallTypeOnly) {
     for (const auto& [size, scale] : {std::pair{0.4, 2}, std::pair{1.2, 1}}) {
         Drawing page;
@@ -191,6 +201,9 @@ TEST(AutomaticTest, EnlargesSmallTypeOnly) {
             ToBlackAndWhite(ImageOf(page.gray), {kAutomaticMode, false, kAutomaticScale});
         EXPECT_EQ(conversion.scale, scale);
         EXPECT_EQ(conversion.bits.Width(), scale * kWidth);
+        EXPECT_EQ(
+            ToBlackAndWhite(ImageOf(page.gray), {*FindMode("lines"), false, kAutomaticScale}).bits.Width(),
+            scale * kWidth);
     }
 }
 
