@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+#include "picture/GrayLevel.h"
+
 namespace host {
 namespace {
 
@@ -21,19 +23,15 @@ constexpr std::uint32_t kHeaderBytes = 40;
 
 constexpr int kRun = 64;  // pixels
 
-std::uint8_t InDouble(const std::uint8_t* pixel) {
-    return static_cast<std::uint8_t>(0.299 * pixel[2] + 0.587 * pixel[1] + 0.114 * pixel[0] + 0.5);
-}
-
 // A run of pixels in whole numbers; whether one lies in the middle of two levels, where binary fractions of
 // the weights decide.
 HOST_FOR_EVERY_PROCESSOR bool ToGrayRun(const std::uint8_t* from, std::uint8_t* to) {
     unsigned isMiddle = 0;
     for (int x = 0; x < kRun; ++x, from += 3) {
-        const unsigned thousandths = 299u * from[2] + 587u * from[1] + 114u * from[0] + 500;
-        const unsigned level = (thousandths / 8 * 33555) >> 22;  // by 125, exact up to 255,500
+        const unsigned thousandths = Thousandths(from[2], from[1], from[0]);
+        const unsigned level = LevelOf(thousandths);
         to[x] = static_cast<std::uint8_t>(level);
-        isMiddle |= level * 1000 == thousandths;
+        isMiddle |= IsMiddle(level, thousandths);
     }
     return isMiddle != 0;
 }
@@ -42,9 +40,9 @@ void ToGrayRow(const std::uint8_t* from, int width, std::uint8_t* to) {
     int x = 0;
     for (; x + kRun <= width; x += kRun) {
         if (!ToGrayRun(from + 3 * x, to + x)) continue;
-        for (int i = x; i < x + kRun; ++i) to[i] = InDouble(from + 3 * i);
+        for (int i = x; i < x + kRun; ++i) to[i] = GrayOf(from[3 * i + 2], from[3 * i + 1], from[3 * i]);
     }
-    for (; x < width; ++x) to[x] = InDouble(from + 3 * x);
+    for (; x < width; ++x) to[x] = GrayOf(from[3 * x + 2], from[3 * x + 1], from[3 * x]);
 }
 
 }  // namespace

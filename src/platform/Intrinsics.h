@@ -9,5 +9,10 @@
 #else
 #define SIMDE_ENABLE_NATIVE_ALIASES
 #include <simde/x86/sse2.h>
+#ifdef __wasm_simd128__
+// Of SIMDe's own one a bit at a time is worked out.
+#undef _mm_movemask_epi8
+#define _mm_movemask_epi8(bytes) static_cast<int>(wasm_i8x16_bitmask(bytes))
+#endif
 #endif
 #endif

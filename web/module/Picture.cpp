@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "picture/GrayLevel.h"
+
 using host::HostImage;
 
 namespace web {
@@ -36,6 +38,29 @@ void PutColours(std::uint8_t* to, const std::uint8_t* from, int width, Layout la
     }
 }
 
+// Gray of opaque pixels, a run at a time; false where there are others.
+bool PutGray(std::uint8_t* to, const std::uint8_t* from, int width) {
+    constexpr int kRun = 64;  // pixels
+    for (int start = 0; start < width; start += kRun, from += 4 * kRun, to += kRun) {
+        const int count = std::min(kRun, width - start);
+        unsigned isMiddle = 0, alpha = kOpaque;
+        for (int x = 0; x < count; ++x) {
+            std::uint32_t pixel;
+            std::memcpy(&pixel, from + 4 * x, sizeof pixel);
+            const unsigned thousandths =
+                host::Thousandths(pixel & 0xFF, pixel >> 8 & 0xFF, pixel >> 16 & 0xFF);
+            const unsigned level = host::LevelOf(thousandths);
+            to[x] = static_cast<std::uint8_t>(level);
+            isMiddle |= host::IsMiddle(level, thousandths);
+            alpha &= pixel >> 24;
+        }
+        if (alpha != kOpaque) return false;
+        if (isMiddle == 0) continue;
+        for (int x = 0; x < count; ++x) to[x] = host::GrayOf(from[4 * x], from[4 * x + 1], from[4 * x + 2]);
+    }
+    return true;
+}
+
 std::size_t BytesOf(Layout layout, int width) {
     return layout == Layout::kBits ? static_cast<std::size_t>(width + 7) / 8
                                    : static_cast<std::size_t>(width) * static_cast<std::size_t>(layout);
@@ -55,6 +80,11 @@ void PutRows(HostImage& picture, int first, int count, Layout layout, const std:
         }
         return;
     }
+    bool isOpaque = layout == Layout::kRgba;
+    for (int y = 0; isOpaque && y < count; ++y) {
+        isOpaque = PutGray(picture.TopRow(first + y), pixels + y * bytes, picture.Width());
+    }
+    if (isOpaque) return;
     HostImage colours(picture.Width(), count, 24);
     PutRows(colours, 0, count, layout, pixels);
     const HostImage gray = ToGray(std::move(colours));
