@@ -21,7 +21,7 @@ import tempfile
 import unicodedata
 
 ALL = ["", "--scale auto", "-m regions", "-m local", "-m otsu", "-m midrange", "-m peaks", "-m isodata", "-m lines",
-       "-m sharp"]
+       "-m sharp", "-m gradient"]
 
 
 def counted(words):
