@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "automatic/FindCard.h"
 #include "commands/AnalysisCommand.h"
 #include "commands/Commands.h"
-#include "operations/FindCard.h"
 #include "operations/Operations.h"
 
 namespace host {

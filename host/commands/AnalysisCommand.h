@@ -5,7 +5,7 @@
 
 #include "commands/Convert.h"
 #include "commands/FileOptions.h"
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 #include "picture/HostImage.h"
 
 namespace host {

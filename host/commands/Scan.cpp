@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "automatic/Despeckle.h"
 #include "commands/Commands.h"
 #include "commands/Convert.h"
 #include "commands/PictureCommand.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 #include "picture/HostImage.h"
 
 namespace host {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 #include "picture/Picture.h"
 
 namespace host {

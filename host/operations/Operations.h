@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 #include "operations/Modes.h"
 #include "picture/HostImage.h"
 
@@ -28,15 +28,6 @@ HostImage Pad(HostImage image);
 
 // One of Morphology's operations on a picture of a suitable depth.
 HostImage RunMorphology(HostImage image, int operation);
-
-struct DespeckleOptions {
-    int width = 0;  // components of at most this width and height go
-    int height = 0;
-    bool keepsLarge = false;  // the thin rules and large frames stay that Noise_Filter1 takes for noise, too
-};
-
-// A 1-bit picture without the components that Noise_Filter1 deletes by their size.
-HostImage Despeckle(HostImage image, const DespeckleOptions& options);
 
 struct ExtractOptions {
     int growX = 0;

@@ -11,7 +11,7 @@
 
 #include "Picture.h"
 #include "automatic/Conversion.h"
-#include "operations/FindCard.h"
+#include "automatic/FindCard.h"
 #include "operations/Operations.h"
 
 #define TAVRIX_SCRIPT extern "C" __attribute__((used, visibility("default")))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "operations/FindCard.h"
+#include "automatic/FindCard.h"
 
 #include <algorithm>
 #include <cstring>

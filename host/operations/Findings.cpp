@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 
 namespace host {
 namespace {

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "automatic/Conversion.h"
-#include "findings/Findings.h"
+#include "operations/Findings.h"
 
 // Where a host looks on a page in black and white.
 namespace host {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "automatic/Despeckle.h"
+
 #include <set>
 #include <tuple>
 #include <vector>
