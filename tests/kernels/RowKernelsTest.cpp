@@ -97,15 +97,17 @@ std::pair<int, int> Sobel(const Case& c, int x) {
     return {std::abs(column(x + 1) - column(x - 1)), std::abs(row(c.After()) - row(c.Before()))};
 }
 
-// Its rows have room for whole steps of columns.
+// A row of GradientKernels, from a pixel before its first, with room for whole steps of columns.
+Bytes RoomyRow(const Case& c, const Byte* row) {
+    Bytes values(row - 1, row + c.count + 1);
+    constexpr std::size_t kStep = GradientKernels::kStep;
+    values.resize(1 + (static_cast<std::size_t>(c.count) + kStep - 1) / kStep * kStep + kStep);
+    return values;
+}
+
 void RunGradientRow(const GradientKernels& kernels, Case& c) {
-    const std::size_t size = static_cast<std::size_t>(c.count) + 2 * GradientKernels::kStep;
-    const auto copy = [&](const Byte* row) {
-        Bytes values(row - 1, row + c.count + 1);
-        values.resize(size);
-        return values;
-    };
-    const Bytes above = copy(c.Before()), values = copy(c.At()), below = copy(c.After());
+    const Bytes above = RoomyRow(c, c.Before()), values = RoomyRow(c, c.At()), below = RoomyRow(c, c.After());
+    const std::size_t size = values.size();
     Bytes low[2] = {Bytes(size), Bytes(size)}, gradient(size);
     std::vector<std::int8_t> eighth[2] = {std::vector<std::int8_t>(size), std::vector<std::int8_t>(size)};
     const GradientKernels::Smoothed smoothedAbove{low[0].data(), eighth[0].data()};
@@ -115,6 +117,13 @@ void RunGradientRow(const GradientKernels& kernels, Case& c) {
     kernels.gradientRow(above.data() + 1, values.data() + 1, below.data() + 1, smoothedAbove, smoothedBelow,
                         c.count, gradient.data());
     std::copy_n(gradient.begin(), c.count, c.Target());
+}
+
+void RunEdgeLevelRow(const GradientKernels& kernels, Case& c) {
+    Bytes rows[5];
+    for (int i = 0; i < 5; ++i) rows[i] = RoomyRow(c, c.Row(i));
+    kernels.edgeLevelRow(rows[1].data() + 1, rows[0].data() + 1, rows[2].data() + 1, rows[3].data() + 1,
+                         rows[4].data() + 1, c.count, c.Target());
 }
 
 double Magnitude(const Case& c, int x) {
@@ -149,9 +158,7 @@ const RowKernel kRowKernels[] = {
      }},
     {"GradientRow", 8, 0, 1, AtEveryLevel<GradientKernels>(RunGradientRow),
      [](Case& c) { c.Write([&](int x) { return Sobel(c, x).first + Sobel(c, x).second; }); }},
-    {"EdgeLevelRow", 8, 0, 1,
-     KERNEL(GradientKernels, edgeLevelRow, c.At(), c.Before(), c.After(), c.Row(3), c.Row(4), c.count,
-            c.Target()),
+    {"EdgeLevelRow", 8, 0, 1, AtEveryLevel<GradientKernels>(RunEdgeLevelRow),
      [](Case& c) {
          c.Write([&](int x) {
              const int sum = c.After()[x] + c.Row(3)[x - 1] + c.Row(3)[x + 1] + c.Row(4)[x];
