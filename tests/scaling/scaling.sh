@@ -22,9 +22,9 @@ make_scans() {
 
 count() { find "$work/clean" -name '*.tif' 2>/dev/null | wc -l; }
 
-# Waits until the first outputs are there, for at most a minute.
+# Waits until the first outputs are there, for at most five minutes.
 wait_for_outputs() {
-    for _ in $(seq 3000); do
+    for _ in $(seq 15000); do
         [ "$(count)" -lt 3 ] || return 0
         sleep 0.02
     done
