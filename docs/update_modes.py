@@ -5,8 +5,8 @@
 update_modes.py COMMAND          rewrites them
 update_modes.py COMMAND --check  fails when one of them says anything else
 
-Measured is what bench/ocr/words_found.md says, as words_found.py printed it; the words that `tavrix modes`
-prints must be the same.
+Measured is what bench/ocr/words_found.md says, as words_found.py printed it; the figures that `tavrix
+modes` prints must be the same.
 """
 import pathlib
 import re
@@ -19,12 +19,13 @@ RAW = "the pictures as they are"
 
 def markdown(modes):
     rows = [f"| {'' if number == '-' else number} | `{name}` | {advice} | {words} |\n"
-            for number, name, words, advice in modes]
+            for number, name, words, _, advice in modes]
     return "| mode | name | choose it for | words read |\n|---|---|---|---:|\n" + "".join(rows)
 
 
 def roff(modes):
-    return "".join(f".br\n.BR {name} :\n{advice}; {words} words\n".replace("-", "\\-") for _, name, words, advice in modes)
+    return "".join(f".br\n.BR {name} :\n{advice}; {words} words, {mean}\n".replace("-", "\\-")
+                   for _, name, words, mean, advice in modes)
 
 
 def measured():
@@ -58,10 +59,14 @@ PLACES = [("docs/modes.md", "<!-- modes: made by update_modes.py -->\n", "<!-- e
 
 def main():
     printed = subprocess.run([sys.argv[1], "modes"], capture_output=True, text=True, check=True).stdout
-    modes = re.findall(r"^([-\d]) +(\S+) +(\d+)  (.+)$", printed, re.MULTILINE)
-    words = {name.strip("`"): found for name, found, _, _ in measured()[1]}
-    if outdated := [name for _, name, found, _ in modes if words[name] != int(found)]:
-        sys.exit(f"host/operations/Modes.h: {', '.join(outdated)}: other words than bench/ocr/words_found.md has")
+    modes = re.findall(r"^([-\d]) +(\S+) +(\d+) +([\d.]+ %)  (.+)$", printed, re.MULTILINE)
+    total, rows = measured()
+    found = {name.strip("`"): (words, mean) for name, words, mean, _ in rows}
+    beside = "Of the pictures as they are {}, {}; with --scale auto {}, {}.".format(
+        *found[RAW], *found["auto --scale auto"])
+    outdated = [name for _, name, words, mean, _ in modes if found[name] != (int(words), mean)]
+    if outdated or f" {total} printed" not in printed or beside not in printed:
+        sys.exit(f"tavrix modes: {', '.join(outdated)}: other figures than bench/ocr/words_found.md has")
     differs = []
     for name, start, end, written in PLACES:
         text = (ROOT / name).read_text(encoding="utf-8")

@@ -32,6 +32,11 @@ Picture Clean(Picture page, const BinarizeOptions& options, Outcome& outcome) {
     return {std::move(bits), {page.resolution.x * scale, page.resolution.y * scale}};
 }
 
+void PrintMode(const std::string& number, const Mode& mode) {
+    std::printf("%s  %-9s %5d  %4.1f %%  %s\n", number.c_str(), mode.name.data(), mode.words, mode.mean,
+                mode.suits.data());
+}
+
 }  // namespace
 
 void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
@@ -66,15 +71,14 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
 void AddModesCommand(CLI::App& app) {
     CLI::App& command = *app.add_subcommand("modes", "List the binarization modes");
     command.callback([] {
-        std::printf("   mode      words  for\n-  %-9s %5d  %s\n", kAutomaticMode.name.data(),
-                    kAutomaticMode.words, kAutomaticMode.suits.data());
-        for (const Mode& mode : kModes) {
-            std::printf("%d  %-9s %5d  %s\n", mode.number, mode.name.data(), mode.words, mode.suits.data());
-        }
+        std::puts("   mode      words    mean  for");
+        PrintMode("-", kAutomaticMode);
+        for (const Mode& mode : kModes) PrintMode(std::to_string(mode.number), mode);
         std::printf(
-            "\nwords: what Tesseract reads of %d printed ones on 22 photographs and scans; %d of those as "
-            "they are\n",
-            kPrintedWords, kWordsUnprepared);
+            "\nwords: what Tesseract reads of %d printed ones on 22 photographs and scans; mean: share "
+            "over the pictures.\n",
+            kPrintedWords);
+        std::puts("Of the pictures as they are 906, 53.4 %; with --scale auto 1172, 73.4 %.");
     });
 }
 
