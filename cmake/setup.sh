@@ -6,12 +6,15 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 
-# step "what it does" command...: prints the line and, when the command fails, its output.
+# step "what it does" command...: prints that and the seconds it took; when the command fails, its last output.
 step() {
-    local name=$1
+    local name=$1 start=$SECONDS
     shift
-    printf '%s\n' "$name ..."
-    if ! "$@" >"$log" 2>&1; then
+    printf '%s ...' "$name"
+    if "$@" >"$log" 2>&1; then
+        printf ' %d s\n' $((SECONDS - start))
+    else
+        printf '\n'
         tail -n 100 "$log" >&2
         printf 'failed: %s\n' "$name" >&2
         exit 1

@@ -66,7 +66,7 @@ def main():
         *found[RAW], *found["auto --scale auto"])
     outdated = [name for _, name, words, mean, _ in modes if found[name] != (int(words), mean)]
     if outdated or f" {total} printed" not in printed or beside not in printed:
-        sys.exit(f"tavrix modes: {', '.join(outdated)}: other figures than bench/ocr/words_found.md has")
+        sys.exit(f"tavrix modes: other figures than bench/ocr/words_found.md has {outdated}")
     differs = []
     for name, start, end, written in PLACES:
         text = (ROOT / name).read_text(encoding="utf-8")
