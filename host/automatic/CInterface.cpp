@@ -27,16 +27,37 @@ bool IsTaken(const BITMAPINFOHEADER& header) {
            header.biWidth <= kMaxSide && header.biHeight <= kMaxSide;
 }
 
-// Throws std::bad_alloc, PictureError; nothing where the library would refuse the image or the scale.
-std::optional<Conversion> Convert(HGLOBAL image, std::int32_t scale) {
-    auto* block = static_cast<std::uint8_t*>(GlobalLock(image));
-    if (block == nullptr || scale < 0 || scale > kMaxScale) return std::nullopt;
-    auto* header = reinterpret_cast<BITMAPINFOHEADER*>(block);
+// A host's block, locked while somebody reads it.
+struct LockedBlock {
+    explicit LockedBlock(HGLOBAL image)
+        : handle(image), bytes(static_cast<std::uint8_t*>(GlobalLock(image))) {}
+    LockedBlock(const LockedBlock&) = delete;
+    LockedBlock& operator=(const LockedBlock&) = delete;
+    ~LockedBlock() {
+        if (bytes != nullptr) GlobalUnlock(handle);
+    }
+
+    const HGLOBAL handle;
+    std::uint8_t* const bytes;
+};
+
+// A copy of a host's image; nothing where the library would refuse it. Throws std::bad_alloc.
+std::optional<HostImage> Read(HGLOBAL image) {
+    const LockedBlock block(image);
+    if (block.bytes == nullptr) return std::nullopt;
+    auto* header = reinterpret_cast<BITMAPINFOHEADER*>(block.bytes);
     if (!IsTaken(*header)) return std::nullopt;
     const std::size_t tableBytes = header->biBitCount <= 8 ? std::size_t{4} << header->biBitCount : 0;
-    const DibRecord record = {header, reinterpret_cast<RGBQUAD*>(block + header->biSize),
-                              block + header->biSize + tableBytes};
-    return ToBlackAndWhite(CopyOf(record), {kAutomaticMode, false, scale});
+    return CopyOf({header, reinterpret_cast<RGBQUAD*>(block.bytes + header->biSize),
+                   block.bytes + header->biSize + tableBytes});
+}
+
+// Throws std::bad_alloc, PictureError; nothing where the library would refuse the image or the scale.
+std::optional<Conversion> Convert(HGLOBAL image, std::int32_t scale) {
+    if (scale < 0 || scale > kMaxScale) return std::nullopt;
+    std::optional<HostImage> copy = Read(image);
+    if (!copy) return std::nullopt;
+    return ToBlackAndWhite(std::move(*copy), {kAutomaticMode, false, scale});
 }
 
 DibRecord Released(HostImage& image) {

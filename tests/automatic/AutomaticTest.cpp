@@ -6,9 +6,11 @@
 #include <opencv2/imgproc.hpp>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "automatic/Conversion.h"
+#include "tavrix/automatic.h"
 
 namespace host {
 namespace {
@@ -214,6 +216,18 @@ TEST(AutomaticTest, TwoLevelsAreKept) {
     for (const char* mode : {"auto", "otsu"}) {
         const cv::Mat ink = InkOf(ToBlackAndWhite(ImageOf(levels), {*FindMode(mode)}).bits);
         EXPECT_EQ(cv::countNonZero(ink != (255 - page.glyphs)), 0) << mode;
+    }
+}
+
+TEST(CInterfaceTest, LeavesTheHostsLocksAsTheyWere) {
+    const HostImage image = ImageOf(Drawing().gray);
+    const unsigned before = GlobalFlags(image.Handle());
+    for (const auto& [bitCount, scale, isRead] : {std::tuple{8, 1, 1}, {16, 1, 0}, {8, 4, 0}}) {
+        image.Record().header->biBitCount = static_cast<std::uint16_t>(bitCount);
+        TavrixAutomatic result = {};
+        EXPECT_EQ(TavrixReadAutomatically(image.Handle(), scale, &result), isRead);
+        EXPECT_EQ(GlobalFlags(image.Handle()), before);
+        if (result.bits.header != nullptr) HostImage{result.bits};
     }
 }
 
