@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "binarize/GradientBinarizer.h"
 
-#include <cstring>
+#include <algorithm>
+#include <vector>
 
 #include "binarize/GradientKernels.h"
 #include "image/RowRing.h"
@@ -10,42 +11,33 @@ namespace tavrix {
 
 bool GradientBinarizer::Binarize() {
     ApplyMarkerPalette();
+    if (width <= 0 || height <= 0) return true;
     const auto& kernels = platform::KernelsOf<GradientKernels>();
-    constexpr std::size_t kStep = GradientKernels::kStep;
+    constexpr int kRows = GradientKernels::kRows;
     const auto columns = static_cast<std::size_t>(width);
-    const std::size_t rowSize = 1 + (columns + kStep - 1) / kStep * kStep + kStep;
-    // With a pixel 0 at either end of a row; rows outside the image are all 0.
-    RowRing valueRows(4, rowSize), gradientRows(3, rowSize), lowRows(3, rowSize), eighthRows(3, rowSize);
-    const auto values = [&](int y) { return valueRows.Row(y) + 1; };
+    const std::vector<std::uint8_t> outside(columns);
+    const auto values = [&](int y) { return y >= 0 && y < height ? image->Row(y) : outside.data(); };
+    // With a magnitude 0 at either end of a row.
+    RowRing gradientRows(kRows + 2, columns + 2);
     const auto gradients = [&](int y) { return gradientRows.Row(y) + 1; };
-    const auto smoothed = [&](int y) {
-        return GradientKernels::Smoothed{lowRows.Row(y), reinterpret_cast<std::int8_t*>(eighthRows.Row(y))};
-    };
-    const auto load = [&](int y) {
-        if (y < height) {
-            std::memcpy(values(y), image->Row(y), columns);
-        } else {
-            std::memset(values(y), 0, columns);
+    // The first row becomes black, as where the one before it is the same.
+    std::vector<std::uint8_t> previous(columns), spare(image->Row(0), image->Row(0) + columns);
+    const auto target = [&](int y) { return y >= 0 && y < height ? image->Row(y) : spare.data(); };
+
+    // Results run a row behind the magnitudes, and these a row behind the values.
+    for (int top = 0; top <= height; top += kRows) {
+        kernels.gradientRows({values(top - 1), values(top), values(top + 1), values(top + 2), values(top + 3),
+                              values(top + 4)},
+                             width,
+                             {gradients(top), gradients(top + 1), gradients(top + 2), gradients(top + 3)});
+        for (int y = std::max(height, top); y < top + kRows; ++y) {
+            std::fill_n(gradients(y), columns, std::uint8_t{0});
         }
-        kernels.smoothRow(values(y), width, smoothed(y));
-    };
-    load(0);
-    // Magnitudes run a row ahead of the result, values two rows.
-    for (int y = -1; y < height; ++y) {
-        load(y + 2);
-        if (y + 1 < height) {
-            kernels.gradientRow(values(y), values(y + 1), values(y + 2), smoothed(y), smoothed(y + 2), width,
-                                gradients(y + 1));
-            gradients(y + 1)[width] = 0;
-        } else {
-            std::memset(gradients(y + 1), 0, columns);
-        }
-        if (y == 0) {
-            std::memset(image->Row(0), 0, columns);
-        } else if (y > 0) {
-            kernels.edgeLevelRow(values(y), values(y - 1), gradients(y - 1), gradients(y), gradients(y + 1),
-                                 width, image->Row(y));
-        }
+        kernels.edgeLevelRows({target(top - 1), target(top), target(top + 1), target(top + 2)},
+                              previous.data(),
+                              {gradients(top - 2), gradients(top - 1), gradients(top), gradients(top + 1),
+                               gradients(top + 2), gradients(top + 3)},
+                              width);
     }
     return true;
 }

@@ -7,28 +7,20 @@
 
 namespace tavrix {
 
-// Rows of GradientBinarizer, worked on in whole steps of kStep columns: there is room for one step more than
-// the columns need, and for a pixel before the first.
+// Rows of GradientBinarizer, of `width` pixels.
 struct GradientKernels {
-    static constexpr int kStep = 32;
+    static constexpr int kRows = 4;  // that are worked on at a time
 
     using Row = const std::uint8_t*;
-    // Sums of three neighbours of a row, the middle one twice: the low eight bits, and an eighth of the sum,
-    // by which sums that are far apart are told.
-    struct Smoothed {
-        std::uint8_t* low;
-        std::int8_t* eighth;
-    };
-
-    void (*smoothRow)(Row values, int width, Smoothed smoothed);
-    // Sobel magnitudes |gx| + |gy|, the low eight bits of each sum; the rows above and below also smoothed.
-    void (*gradientRow)(Row above, Row values, Row below, Smoothed smoothedAbove, Smoothed smoothedBelow,
-                        int width, std::uint8_t* gradient);
-    // Black and white from a row's values, those of the row before, and the magnitudes around it: 255 where
-    // the two values differ and a quarter of the four neighbours' magnitudes is 1 to 99, else 0. The row has
-    // `width` pixels and no room beyond.
-    void (*edgeLevelRow)(Row values, Row previous, Row gradientAbove, Row gradient, Row gradientBelow,
-                         int width, std::uint8_t* row);
+    // Sobel magnitudes |gx| + |gy| of kRows rows, the low eight bits of each, from these rows and the one at
+    // either side. Pixels to the left and right of a row count as 0.
+    void (*gradientRows)(const Row (&rows)[kRows + 2], int width, std::uint8_t* const (&gradients)[kRows]);
+    // Black and white, in place: 255 where a value of the rows differs from the one in the row before and a
+    // quarter of the four neighbours' magnitudes is 1 to 99, else 0. The values of the row before the first
+    // are in `previous`, where those of the last one are left. The magnitudes are those of these rows and of
+    // the one at either side, from the one before a row's first to the one after its last, all even.
+    void (*edgeLevelRows)(std::uint8_t* const (&rows)[kRows], std::uint8_t* previous,
+                          const Row (&gradients)[kRows + 2], int width);
 
     static const GradientKernels baseline, avx2;
 };

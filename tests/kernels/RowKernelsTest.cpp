@@ -97,33 +97,53 @@ std::pair<int, int> Sobel(const Case& c, int x) {
     return {std::abs(column(x + 1) - column(x - 1)), std::abs(row(c.After()) - row(c.Before()))};
 }
 
-// A row of GradientKernels, from a pixel before its first, with room for whole steps of columns.
-Bytes RoomyRow(const Case& c, const Byte* row) {
-    Bytes values(row - 1, row + c.count + 1);
-    constexpr std::size_t kStep = GradientKernels::kStep;
-    values.resize(1 + (static_cast<std::size_t>(c.count) + kStep - 1) / kStep * kStep + kStep);
-    return values;
+// GradientKernels has rows that end with their pixels: number says which of its results is looked at.
+const Byte* GradientSource(const Case& c, int i) {
+    return c.Row(i % 5);
 }
 
-void RunGradientRow(const GradientKernels& kernels, Case& c) {
-    const Bytes above = RoomyRow(c, c.Before()), values = RoomyRow(c, c.At()), below = RoomyRow(c, c.After());
-    const std::size_t size = values.size();
-    Bytes low[2] = {Bytes(size), Bytes(size)}, gradient(size);
-    std::vector<std::int8_t> eighth[2] = {std::vector<std::int8_t>(size), std::vector<std::int8_t>(size)};
-    const GradientKernels::Smoothed smoothedAbove{low[0].data(), eighth[0].data()};
-    const GradientKernels::Smoothed smoothedBelow{low[1].data(), eighth[1].data()};
-    kernels.smoothRow(above.data() + 1, c.count, smoothedAbove);
-    kernels.smoothRow(below.data() + 1, c.count, smoothedBelow);
-    kernels.gradientRow(above.data() + 1, values.data() + 1, below.data() + 1, smoothedAbove, smoothedBelow,
-                        c.count, gradient.data());
-    std::copy_n(gradient.begin(), c.count, c.Target());
+void RunGradientRows(const GradientKernels& kernels, Case& c) {
+    Bytes rows[6], gradients[4];
+    for (int i = 0; i < 6; ++i) rows[i].assign(GradientSource(c, i), GradientSource(c, i) + c.count);
+    for (Bytes& row : gradients) row.resize(static_cast<std::size_t>(c.count));
+    kernels.gradientRows(
+        {rows[0].data(), rows[1].data(), rows[2].data(), rows[3].data(), rows[4].data(), rows[5].data()},
+        c.count, {gradients[0].data(), gradients[1].data(), gradients[2].data(), gradients[3].data()});
+    std::copy(gradients[c.number].begin(), gradients[c.number].end(), c.Target());
 }
 
-void RunEdgeLevelRow(const GradientKernels& kernels, Case& c) {
-    Bytes rows[5];
-    for (int i = 0; i < 5; ++i) rows[i] = RoomyRow(c, c.Row(i));
-    kernels.edgeLevelRow(rows[1].data() + 1, rows[0].data() + 1, rows[2].data() + 1, rows[3].data() + 1,
-                         rows[4].data() + 1, c.count, c.Target());
+int MagnitudeInImage(const Case& c, int x) {
+    const auto value = [&](int dx, int dy) {
+        return x + dx < 0 || x + dx >= c.count ? 0 : GradientSource(c, c.number + 1 + dy)[x + dx];
+    };
+    const auto column = [&](int dx) { return value(dx, -1) + 2 * value(dx, 0) + value(dx, 1); };
+    const auto row = [&](int dy) { return value(-1, dy) + 2 * value(0, dy) + value(1, dy); };
+    return std::abs(column(1) - column(-1)) + std::abs(row(1) - row(-1));
+}
+
+// Magnitudes are even.
+Byte Twice(int value) {
+    return static_cast<Byte>(2 * value);
+}
+
+// The magnitudes of row i of an image whose rows are c's sources in turns, from the one before the first on.
+Bytes MagnitudesOf(const Case& c, int i) {
+    Bytes magnitudes;
+    std::transform(GradientSource(c, i) - 1, GradientSource(c, i) + c.count + 1,
+                   std::back_inserter(magnitudes), Twice);
+    return magnitudes;
+}
+
+void RunEdgeLevelRows(const GradientKernels& kernels, Case& c) {
+    Bytes magnitudes[6], rows[5];
+    for (int i = 0; i < 6; ++i) magnitudes[i] = MagnitudesOf(c, i);
+    for (int i = 0; i < 5; ++i) rows[i].assign(c.Row(i), c.Row(i) + c.count);
+    kernels.edgeLevelRows({rows[1].data(), rows[2].data(), rows[3].data(), rows[4].data()}, rows[0].data(),
+                          {&magnitudes[0][1], &magnitudes[1][1], &magnitudes[2][1], &magnitudes[3][1],
+                           &magnitudes[4][1], &magnitudes[5][1]},
+                          c.count);
+    std::copy(rows[c.flag ? 1 : 4].begin(), rows[c.flag ? 1 : 4].end(), c.Target());
+    EXPECT_TRUE(std::equal(rows[0].begin(), rows[0].end(), c.Row(4)));
 }
 
 double Magnitude(const Case& c, int x) {
@@ -156,13 +176,15 @@ const RowKernel kRowKernels[] = {
              return 0.299 * pixel[2] + 0.587 * pixel[1] + 0.114 * pixel[0] + 0.5;
          });
      }},
-    {"GradientRow", 8, 0, 1, AtEveryLevel<GradientKernels>(RunGradientRow),
-     [](Case& c) { c.Write([&](int x) { return Sobel(c, x).first + Sobel(c, x).second; }); }},
-    {"EdgeLevelRow", 8, 0, 1, AtEveryLevel<GradientKernels>(RunEdgeLevelRow),
+    {"GradientRows", 8, 0, 4, AtEveryLevel<GradientKernels>(RunGradientRows),
+     [](Case& c) { c.Write([&](int x) { return MagnitudeInImage(c, x); }); }},
+    {"EdgeLevelRows", 8, 0, 51, AtEveryLevel<GradientKernels>(RunEdgeLevelRows),
      [](Case& c) {
+         const int y = c.flag ? 1 : 4;
+         const Bytes above = MagnitudesOf(c, y - 1), at = MagnitudesOf(c, y), below = MagnitudesOf(c, y + 1);
          c.Write([&](int x) {
-             const int sum = c.After()[x] + c.Row(3)[x - 1] + c.Row(3)[x + 1] + c.Row(4)[x];
-             return c.At()[x] != c.Before()[x] && sum / 4 >= 1 && sum / 4 <= 99 ? 255 : 0;
+             const int sum = above[x + 1] + at[x] + at[x + 2] + below[x + 1];
+             return c.Row(y)[x] != c.Row(y - 1)[x] && sum / 4 >= 1 && sum / 4 <= 99 ? 255 : 0;
          });
      }},
     {"EdgeRow", 8, 0, 1,
