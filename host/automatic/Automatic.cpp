@@ -9,6 +9,7 @@
 #include "automatic/Ink.h"
 #include "automatic/Letters.h"
 #include "automatic/Levelling.h"
+#include "automatic/TextRows.h"
 #include "operations/Operations.h"
 #include "picture/Scaling.h"
 
@@ -101,6 +102,7 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     if (choice.scale != 1) gray = TopDown(Scaled(std::move(image), choice.scale));
     if (pass.letterHeight != 0 || choice.scale != 1) pass = Read(gray, choice.scale * pass.letterHeight);
     choice.grounds = pass.ink.grounds;
+    choice.hasText = HasTextRows(pass.tree, pass.ink.areas);  // sideways ones would not survive the next step
     choice.dropped = DropDirt(pass.tree, pass.isLetter, pass.ink);
     choice.confidence = ShareInRows(pass);
     AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, {}, choice};

@@ -14,6 +14,7 @@ struct AutomaticChoice {
     int grounds = 0;          // dark areas with light text, which came out dark on light
     int dropped = 0;          // areas taken away: shadows, lid, specks
     double confidence = 0;    // share of the black pixels that belong to letters in rows, 0 to 1
+    bool hasText = true;      // some of the ink stands in rows of letters; not looked for in two levels
     bool wasBilevel = false;  // the picture had two levels and kept them
 };
 

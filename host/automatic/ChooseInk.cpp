@@ -3,14 +3,13 @@
 #include <cstdint>
 
 #include "automatic/Ink.h"
+#include "automatic/Letters.h"
 
 namespace host {
 namespace {
 
 constexpr int kMinLetters = 3;          // that make an area ground
 constexpr double kLetterHeight = 0.75;  // of the ground's height, at most
-constexpr double kMinComplexity =
-    26;  // contour squared by pixels: letters are strokes, holes in letters are blobs
 constexpr double kThinness = 1.6;       // the ground is so much thicker than the strokes on it
 constexpr double kMinSolidity = 0.5;    // of its box that the ground covers, holes included
 constexpr double kPanelSolidity = 0.7;  // the same of a light panel...
@@ -74,8 +73,7 @@ Ink ChooseInk(const AreaTree& tree, const std::vector<bool>& isLetter) {
         if (!isLetter[i] || area.Height() >= kLetterHeight * areas[parent].Height()) continue;
         Inscription& text = texts[parent];
         ++text.letters;
-        const auto contour = static_cast<double>(area.contour);
-        if (contour * contour >= kMinComplexity * static_cast<double>(area.pixels)) ++text.complex;
+        if (HasStrokes(area)) ++text.complex;
         text.pixels += area.pixels;
         text.contour += area.contour;
     }

@@ -65,8 +65,7 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }
-    const auto& choice = conversion.choice;
-    const bool hasText = !choice || choice->wasBilevel || choice->letterHeight != 0;
+    const bool hasText = !conversion.choice || conversion.choice->hasText;
     if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits, hasText);
     return conversion;
 }

@@ -6,44 +6,55 @@
 namespace host {
 namespace {
 
-constexpr int kMinHeight = 6;        // pixels; no reader makes out less
-constexpr int kMaxShareOfPage = 4;   // a letter is at most a fourth of the page high
-constexpr int kMaxWidth = 5;         // in heights: several letters may have run together
-constexpr int kMaxSlimness = 12;     // heights in a width
-constexpr int kMinCover = 8;         // per cent of its box that a letter covers
-constexpr double kLikeHeight = 0.6;  // of the higher one of two neighbours
-constexpr double kGap = 1.2;         // between neighbours, in heights of the higher one
-constexpr double kOverlap = 0.6;     // that neighbours have in common, of the lower one's height
+constexpr int kMinHeight = 6;          // pixels; no reader makes out less
+constexpr int kMaxShareOfPage = 4;     // a letter is at most a fourth of the page high
+constexpr int kMaxWidth = 5;           // in heights: several letters may have run together
+constexpr int kMaxSlimness = 12;       // heights in a width
+constexpr int kMinCover = 8;           // per cent of its box that a letter covers
+constexpr double kLikeHeight = 0.6;    // of the higher one of two neighbours
+constexpr double kGap = 1.2;           // between neighbours, in heights of the higher one
+constexpr double kOverlap = 0.6;       // that neighbours have in common, of the lower one's height
+constexpr double kMinComplexity = 26;  // contour squared by pixels
+static_assert(kGap <= kLikeHeight * kNeighbourReach);
 
-bool HasShape(const Area& area, int pageHeight) {
+}  // namespace
+
+bool HasLetterShape(const Area& area, int pageHeight) {
     const std::int64_t width = area.Width();
     const std::int64_t height = area.Height();
     return height >= kMinHeight && height * kMaxShareOfPage <= pageHeight && width <= kMaxWidth * height &&
            height <= kMaxSlimness * width && area.pixels * 100 >= kMinCover * width * height;
 }
 
-bool AreNeighbours(const Area& left, const Area& right) {
-    if (left.isDark != right.isDark || left.parent != right.parent) return false;
+bool MayFollow(const Area& left, const Area& right) {
     const int higher = std::max(left.Height(), right.Height());
     const int lower = std::min(left.Height(), right.Height());
-    const int common = std::min(left.bottom, right.bottom) - std::max(left.top, right.top) + 1;
-    return lower >= kLikeHeight * higher && common >= kOverlap * lower &&
+    return left.isDark == right.isDark && left.parent == right.parent && lower >= kLikeHeight * higher &&
            right.left - left.right - 1 <= kGap * higher;
 }
 
-}  // namespace
+bool AreNeighbours(const Area& left, const Area& right) {
+    const int lower = std::min(left.Height(), right.Height());
+    const int common = std::min(left.bottom, right.bottom) - std::max(left.top, right.top) + 1;
+    return common >= kOverlap * lower && MayFollow(left, right);
+}
+
+bool HasStrokes(const Area& area) {
+    const auto contour = static_cast<double>(area.contour);
+    return contour * contour >= kMinComplexity * static_cast<double>(area.pixels);
+}
 
 std::vector<bool> FindLetters(const AreaTree& tree) {
     const std::vector<Area>& areas = tree.Areas();
     std::vector<bool> hasShape(areas.size());
-    for (std::size_t i = 0; i < areas.size(); ++i) hasShape[i] = HasShape(areas[i], tree.Height());
+    for (std::size_t i = 0; i < areas.size(); ++i) hasShape[i] = HasLetterShape(areas[i], tree.Height());
     std::vector<bool> isLetter(areas.size());
     for (std::size_t i = 0; i < areas.size(); ++i) {
         if (!hasShape[i]) continue;
         const Area& area = areas[i];
         const AreaTree::Run* row = tree.Row((area.top + area.bottom) / 2);
         const AreaTree::Run* rowEnd = tree.Row((area.top + area.bottom) / 2 + 1) - 1;
-        const double reach = area.right + 1 + kGap / kLikeHeight * area.Height();
+        const double reach = area.right + 1 + kNeighbourReach * area.Height();
         const auto* run = std::upper_bound(row, rowEnd, area.left,
                                            [](int x, const AreaTree::Run& r) { return x < r.start; });
         for (; run < rowEnd && run->start <= reach; ++run) {

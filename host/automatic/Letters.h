@@ -7,8 +7,23 @@
 
 namespace host {
 
-// Which areas look like letters: of a letter's size and shape, with another one of like height beside
-// it on the same line and in the same area around them. Light ones count as dark ones do.
+// Of a letter's size and shape on a page of that height.
+bool HasLetterShape(const Area& area, int pageHeight);
+
+// Whether two areas of a letter's shape may follow each other in a row: of like height, near each other and
+// in the same area around them.
+bool MayFollow(const Area& left, const Area& right);
+
+// The same on a line that is about level.
+bool AreNeighbours(const Area& left, const Area& right);
+
+// How far to the right of an area its neighbour begins at most, in the area's heights.
+inline constexpr double kNeighbourReach = 2;
+
+// Whether an area has the long contour of strokes: the holes in letters, coins and the like are blobs.
+bool HasStrokes(const Area& area);
+
+// Which areas look like letters: of such a shape, with a neighbour. Light ones count as dark ones do.
 std::vector<bool> FindLetters(const AreaTree& tree);
 
 // The middle one of the letters' heights, for those of the areas that are marked in both; 0 where there are

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "automatic/TextRows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "automatic/Letters.h"
+
+namespace host {
+namespace {
+
+constexpr double kSlopes[] = {0, 0.15, -0.15, 0.3, -0.3, 0.45, -0.45};  // rows along and down
+constexpr double kOffLine = 0.15;   // that two in a row may be off the line, in heights of the lower one...
+constexpr int kMoreOff = 1;         // ...and so many pixels more
+constexpr double kAhead = 0.2;      // that the next one begins behind another, in the same heights
+constexpr double kReachDown = 1.5;  // up and down to the next one in a slanting row, in heights
+constexpr std::size_t kRow = 4;
+constexpr std::size_t kLongRow = 12;      // chance makes hardly any of these
+constexpr std::size_t kManyInRows = 8;    // shorter rows count from so many letters in them on...
+constexpr double kShareInRows = 0.4;      // ...that are so many of all with a neighbour
+constexpr double kShareOfStrokes = 0.75;  // of those in rows; coins and bricks stand in rows too
+constexpr int kBand = 16;                 // pixels: neighbours are looked for in bands of that height
+
+// What may be letters, each with those that may follow it in its row.
+class Candidates {
+  public:
+    Candidates(std::vector<Area> ofLetterShape, int pageHeight) : areas(std::move(ofLetterShape)) {
+        std::sort(areas.begin(), areas.end(), [](const Area& a, const Area& b) { return a.left < b.left; });
+        bands.resize(static_cast<std::size_t>(pageHeight / kBand) + 1);
+        for (std::size_t i = 0; i < areas.size(); ++i) bands[BandOf(MiddleOf(areas[i]))].push_back(i);
+        hasNeighbour.resize(areas.size());
+        for (std::size_t i = 0; i < areas.size(); ++i) {
+            starts.push_back(followers.size());
+            CollectFollowers(i);
+        }
+        starts.push_back(followers.size());
+    }
+
+    bool FormRows(double slope) const {
+        std::vector<std::size_t> row(areas.size()), length(areas.size());
+        for (std::size_t i = areas.size(); i-- > 0;) {
+            const auto end = followers.begin() + static_cast<std::ptrdiff_t>(starts[i + 1]);
+            const auto next =
+                std::find_if(followers.begin() + static_cast<std::ptrdiff_t>(starts[i]), end,
+                             [&](std::size_t k) { return AreOnLine(areas[i], areas[k], slope); });
+            row[i] = next == end ? i : row[*next];
+            ++length[row[i]];
+        }
+        std::size_t inRows = 0, strokes = 0;
+        for (std::size_t i = 0; i < areas.size(); ++i) {
+            if (length[row[i]] < kRow) continue;
+            ++inRows;
+            strokes += HasStrokes(areas[i]);
+        }
+        if (static_cast<double>(strokes) < kShareOfStrokes * static_cast<double>(inRows)) return false;
+        const auto all = std::count(hasNeighbour.begin(), hasNeighbour.end(), true);
+        return (inRows >= kManyInRows &&
+                static_cast<double>(inRows) >= kShareInRows * static_cast<double>(all)) ||
+               std::any_of(length.begin(), length.end(), [](std::size_t n) { return n >= kLongRow; });
+    }
+
+  private:
+    static int MiddleOf(const Area& area) { return (area.top + area.bottom) / 2; }
+
+    std::size_t BandOf(int y) const {
+        return std::min(static_cast<std::size_t>(std::max(0, y) / kBand), bands.size() - 1);
+    }
+
+    static bool AreOnLine(const Area& left, const Area& right, double slope) {
+        const double rise = slope * (right.left + right.right - left.left - left.right) / 2;
+        const double limit = kOffLine * std::min(left.Height(), right.Height()) + kMoreOff;
+        return std::fabs(right.bottom - left.bottom - rise) <= limit ||
+               std::fabs(right.top - left.top - rise) <= limit;
+    }
+
+    void CollectFollowers(std::size_t i) {
+        const Area& area = areas[i];
+        const int reachDown = static_cast<int>(kReachDown * area.Height());
+        const double reach = area.right + kNeighbourReach * area.Height();
+        const std::size_t last = BandOf(MiddleOf(area) + reachDown);
+        for (std::size_t band = BandOf(MiddleOf(area) - reachDown); band <= last; ++band) {
+            for (auto k = std::upper_bound(bands[band].begin(), bands[band].end(), i);
+                 k != bands[band].end() && areas[*k].left <= reach; ++k) {
+                const Area& other = areas[*k];
+                const int lower = std::min(area.Height(), other.Height());
+                if (other.left < area.left + kAhead * lower || !MayFollow(area, other)) continue;
+                followers.push_back(*k);
+                if (AreNeighbours(area, other)) hasNeighbour[i] = hasNeighbour[*k] = true;
+            }
+        }
+        std::sort(followers.begin() + static_cast<std::ptrdiff_t>(starts.back()), followers.end());
+    }
+
+    std::vector<Area> areas;                      // from left to right
+    std::vector<std::vector<std::size_t>> bands;  // which of them have their middle in it
+    std::vector<bool> hasNeighbour;
+    std::vector<std::size_t> starts, followers;  // of every one, the nearest first
+};
+
+Area Transposed(Area area) {
+    std::swap(area.left, area.top);
+    std::swap(area.right, area.bottom);
+    return area;
+}
+
+}  // namespace
+
+bool HasTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
+    for (const bool isSideways : {false, true}) {
+        const int pageHeight = isSideways ? tree.Width() : tree.Height();
+        std::vector<Area> areas;
+        for (std::size_t i = 0; i < isInk.size(); ++i) {
+            if (!isInk[i]) continue;
+            const Area area = isSideways ? Transposed(tree.Areas()[i]) : tree.Areas()[i];
+            if (HasLetterShape(area, pageHeight)) areas.push_back(area);
+        }
+        const Candidates candidates(std::move(areas), pageHeight);
+        if (std::any_of(std::begin(kSlopes), std::end(kSlopes),
+                        [&](double slope) { return candidates.FormRows(slope); }))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace host
