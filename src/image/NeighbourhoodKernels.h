@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "image/SharpeningFactor.h"
 #include "platform/CpuFeatures.h"
 
 namespace tavrix {
@@ -21,7 +22,8 @@ struct NeighbourhoodKernels {
     void (*meanRow)(Row before, Row row, Row after, int count, std::uint8_t* target);
     // The centre times the factor, in single precision and truncated, less the eight neighbours, limited to
     // 0..255.
-    void (*sharpenRow)(Row before, Row row, Row after, int count, float factor, std::uint8_t* target);
+    void (*sharpenRow)(Row before, Row row, Row after, int count, const SharpeningFactor& factor,
+                       std::uint8_t* target);
 
     static const NeighbourhoodKernels baseline, avx2;
 };

@@ -94,9 +94,10 @@ void MorphologyFilter::Smooth3x3() {
 }
 
 void MorphologyFilter::Sharpen(float factor) {
+    const SharpeningFactor weight(factor);
     const auto sharpenRow = platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
     ForEachInnerRow(*image, width, [&](auto* before, auto* row, auto* after, std::uint8_t* target) {
-        sharpenRow(before + 1, row + 1, after + 1, width - 2, factor, target + 1);
+        sharpenRow(before + 1, row + 1, after + 1, width - 2, weight, target + 1);
     });
 }
 

@@ -111,7 +111,7 @@ void Sharpening::SharpenPadding(int y, const RowTriple& rows, std::uint8_t* targ
     // The last byte of the last row but one has a neighbour beyond the buffer.
     const int sum = before[end - 1] + before[end] + before[end + 1] + row[end - 1] + row[end + 1] +
                     after[end - 1] + after[end];
-    const int product = static_cast<int>(factor * static_cast<float>(row[end]));
+    const int product = static_cast<int>(factor.single * static_cast<float>(row[end]));
     target[end - start] = static_cast<std::uint8_t>(std::clamp(product - sum, 0, 255));
 }
 

@@ -82,7 +82,7 @@ class Sharpening {
 
     ConstPlane page;
     Rect inside;
-    float factor;
+    SharpeningFactor factor;
     decltype(NeighbourhoodKernels::sharpenRow) sharpenRow =
         platform::KernelsOf<NeighbourhoodKernels>().sharpenRow;
 };

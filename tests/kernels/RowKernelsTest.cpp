@@ -201,7 +201,7 @@ const RowKernel kRowKernels[] = {
      }},
     {"SharpenRow", 8, 96, 102,
      KERNEL(NeighbourhoodKernels, sharpenRow, c.Before(), c.At(), c.After(), c.count,
-            static_cast<float>(c.number) / 10, c.Target()),
+            SharpeningFactor(static_cast<float>(c.number) / 10), c.Target()),
      [](Case& c) {
          c.Write([&](int x) {
              const int centre = c.At()[x];
