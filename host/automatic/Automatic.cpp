@@ -92,7 +92,7 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     choice.scale = std::max(1, scale);
     if (image.BitCount() == 1 && choice.scale == 1) {
         choice.wasBilevel = true;
-        return {std::move(image), {}, {}, choice};
+        return {std::move(image), {}, {}, choice, {}};
     }
     image = ToGray(std::move(image));
     Levels gray = TopDown(image);
@@ -102,10 +102,10 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     if (choice.scale != 1) gray = TopDown(Scaled(std::move(image), choice.scale));
     if (pass.letterHeight != 0 || choice.scale != 1) pass = Read(gray, choice.scale * pass.letterHeight);
     choice.grounds = pass.ink.grounds;
-    choice.hasText = HasTextRows(pass.tree, pass.ink.areas);  // sideways ones would not survive the next step
+    std::vector<Area> textRows = FindTextRows(pass.tree, pass.ink.areas);
     choice.dropped = DropDirt(pass.tree, pass.isLetter, pass.ink);
     choice.confidence = ShareInRows(pass);
-    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, {}, choice};
+    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, {}, choice, std::move(textRows)};
     if (pass.letterHeight != 0) {
         const std::vector<bool> letters = MarkText(pass);
         std::vector<bool> pictures(letters.size());
@@ -114,6 +114,11 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
         result.pictures = pass.tree.Paint(pictures);
     }
     return result;
+}
+
+std::vector<Area> FindTextRows(const HostImage& gray) {
+    const Pass pass = Read(TopDown(gray), 0);
+    return FindTextRows(pass.tree, pass.ink.areas);
 }
 
 int ScaleFor(const HostImage& gray) {

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "automatic/AreaTree.h"
 #include "picture/HostImage.h"
 
 namespace host {
@@ -14,7 +17,6 @@ struct AutomaticChoice {
     int grounds = 0;          // dark areas with light text, which came out dark on light
     int dropped = 0;          // areas taken away: shadows, lid, specks
     double confidence = 0;    // share of the black pixels that belong to letters in rows, 0 to 1
-    bool hasText = true;      // some of the ink stands in rows of letters; not looked for in two levels
     bool wasBilevel = false;  // the picture had two levels and kept them
 };
 
@@ -26,11 +28,17 @@ struct AutomaticResult {
     HostImage letters;   // of the bits those areas that are letters in rows, or lie among them
     HostImage pictures;  // the others; both empty where there are hardly any letters
     AutomaticChoice choice;
+    // Letters that stood in rows before dirt was dropped, as places of the bits; none looked for in two
+    // levels.
+    std::optional<std::vector<Area>> textRows;
 };
 
 // Black and white with as much of the text as can be had (docs/modes.md has the steps). scale: the
 // result's sides in those of the picture; 0: twice where the letters are small.
 AutomaticResult BinarizeAutomatically(HostImage image, int scale = 1);
+
+// The letters of a gray picture that stand in rows.
+std::vector<Area> FindTextRows(const HostImage& gray);
 
 // 2 for a gray picture whose letters are small, else 1.
 int ScaleFor(const HostImage& gray);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "automatic/Automatic.h"
 #include "automatic/Filters.h"
 
 namespace host {
@@ -13,11 +14,13 @@ namespace {
 constexpr int kShortSide = 96;           // pixels: a picture with a shorter one holds no text to lose
 constexpr double kNearlyBlank = 0.0005;  // of the pixels are black
 constexpr double kMostlyBlack = 0.5;
-constexpr int kCell = 8;           // pixels: edges and ink are compared by cells of that size
-constexpr int kStrongEdge = 60;    // levels between the lightest and the darkest of 3 x 3 neighbours
-constexpr int kEdgePixels = 6;     // in a cell, from which on it should hold ink
-constexpr int kEnoughCells = 40;   // fewer tell nothing
-constexpr double kMuchLess = 0.5;  // of the cells with edges hold no ink
+constexpr int kCell = 8;             // pixels: edges and ink are compared by cells of that size
+constexpr int kStrongEdge = 60;      // levels between the lightest and the darkest of 3 x 3 neighbours
+constexpr int kEdgePixels = 6;       // in a cell, from which on it should hold ink
+constexpr int kEnoughCells = 40;     // fewer tell nothing
+constexpr double kSuspicious = 0.1;  // of the cells with edges hold no ink
+constexpr double kLetterInk = 0.2;   // of a letter's pixels that it has at least in a result that shows it
+constexpr double kMuchLess = 0.2;    // of the letters have less
 
 int CellsOf(int side) {
     return (side + kCell - 1) / kCell;
@@ -61,17 +64,10 @@ Levels CellsNearInk(const HostImage& bits, int columns, int rows, int scale) {
     return ExtremesOf(ink).lightest;
 }
 
-}  // namespace
-
-std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits, bool hasText) {
-    std::vector<std::string> warnings;
-    if (std::min(gray.Width(), gray.Height()) < kShortSide) return warnings;
-    const double black = BlackShare(bits);
-    if (black < kNearlyBlank) warnings.emplace_back("the result is nearly blank");
-    if (black > kMostlyBlack) warnings.emplace_back("the result is mostly black");
+// Whether many strong edges of the gray picture have no ink near them.
+bool IsSuspicious(const HostImage& gray, const HostImage& bits, int scale) {
     const Levels edges = EdgesInCells(gray);
-    const Levels ink =
-        CellsNearInk(bits, edges.Width(), edges.Height(), std::max(1, bits.Width() / gray.Width()));
+    const Levels ink = CellsNearInk(bits, edges.Width(), edges.Height(), scale);
     int all = 0, bare = 0;
     for (int y = 0; y < edges.Height(); ++y) {
         for (int x = 0; x < edges.Width(); ++x) {
@@ -80,12 +76,47 @@ std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bit
             bare += ink.Row(y)[x] == 0;
         }
     }
-    if (all >= kEnoughCells && bare > kMuchLess * all) {
-        warnings.push_back(
-            "much less ink than other modes find: " + std::to_string(std::lround(100.0 * bare / all)) +
-            " % of the sharp edges have none");
+    return all >= kEnoughCells && bare > kSuspicious * all;
+}
+
+// Whether a letter, as a place of the picture that the bits enlarge, has hardly any ink in them.
+bool IsMissing(const Area& letter, const HostImage& bits, int scale) {
+    std::int64_t black = 0;
+    for (int y = letter.top * scale; y < (letter.bottom + 1) * scale; ++y) {
+        const std::uint8_t* row = bits.TopRow(y);
+        for (int x = letter.left * scale; x < (letter.right + 1) * scale; ++x)
+            black += (row[x / 8] >> (7 - x % 8) & 1) == 0;
     }
-    if (!hasText && black >= kNearlyBlank) warnings.emplace_back("hardly any text was found");
+    return static_cast<double>(black) < kLetterInk * scale * scale * static_cast<double>(letter.pixels);
+}
+
+void WarnOfMissing(const std::vector<Area>& letters, const HostImage& bits, int scale,
+                   std::vector<std::string>& warnings) {
+    const auto missing = static_cast<double>(std::count_if(
+        letters.begin(), letters.end(), [&](const Area& letter) { return IsMissing(letter, bits, scale); }));
+    const auto all = static_cast<double>(letters.size());
+    if (missing <= kMuchLess * all) return;
+    warnings.push_back("much less ink than other modes find: " +
+                       std::to_string(std::lround(100 * missing / all)) + " % of the letters have none");
+}
+
+}  // namespace
+
+std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits,
+                                     const std::optional<std::vector<Area>>& textRows) {
+    std::vector<std::string> warnings;
+    if (std::min(gray.Width(), gray.Height()) < kShortSide) return warnings;
+    const double black = BlackShare(bits);
+    if (black < kNearlyBlank) warnings.emplace_back("the result is nearly blank");
+    if (black > kMostlyBlack) warnings.emplace_back("the result is mostly black");
+    const int scale = std::max(1, bits.Width() / gray.Width());
+    if (textRows) {
+        WarnOfMissing(*textRows, bits, 1, warnings);
+    } else if (IsSuspicious(gray, bits, scale)) {
+        WarnOfMissing(FindTextRows(gray), bits, scale, warnings);
+    }
+    if (textRows && textRows->empty() && black >= kNearlyBlank)
+        warnings.emplace_back("hardly any text was found");
     return warnings;
 }
 

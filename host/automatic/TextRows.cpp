@@ -38,7 +38,8 @@ class Candidates {
         starts.push_back(followers.size());
     }
 
-    bool FormRows(double slope) const {
+    // Empty unless those are more than chance.
+    std::vector<Area> InRows(double slope) const {
         std::vector<std::size_t> row(areas.size()), length(areas.size());
         for (std::size_t i = areas.size(); i-- > 0;) {
             const auto end = followers.begin() + static_cast<std::ptrdiff_t>(starts[i + 1]);
@@ -48,17 +49,18 @@ class Candidates {
             row[i] = next == end ? i : row[*next];
             ++length[row[i]];
         }
-        std::size_t inRows = 0, strokes = 0;
+        std::vector<Area> inRows;
         for (std::size_t i = 0; i < areas.size(); ++i) {
-            if (length[row[i]] < kRow) continue;
-            ++inRows;
-            strokes += HasStrokes(areas[i]);
+            if (length[row[i]] >= kRow) inRows.push_back(areas[i]);
         }
-        if (static_cast<double>(strokes) < kShareOfStrokes * static_cast<double>(inRows)) return false;
-        const auto all = std::count(hasNeighbour.begin(), hasNeighbour.end(), true);
-        return (inRows >= kManyInRows &&
-                static_cast<double>(inRows) >= kShareInRows * static_cast<double>(all)) ||
-               std::any_of(length.begin(), length.end(), [](std::size_t n) { return n >= kLongRow; });
+        const auto count = static_cast<double>(inRows.size());
+        const auto strokes = static_cast<double>(std::count_if(inRows.begin(), inRows.end(), HasStrokes));
+        const auto all = static_cast<double>(std::count(hasNeighbour.begin(), hasNeighbour.end(), true));
+        const bool isText =
+            strokes >= kShareOfStrokes * count &&
+            ((inRows.size() >= kManyInRows && count >= kShareInRows * all) ||
+             std::any_of(length.begin(), length.end(), [](std::size_t n) { return n >= kLongRow; }));
+        return isText ? inRows : std::vector<Area>();
     }
 
   private:
@@ -107,7 +109,7 @@ Area Transposed(Area area) {
 
 }  // namespace
 
-bool HasTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
+std::vector<Area> FindTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
     for (const bool isSideways : {false, true}) {
         const int pageHeight = isSideways ? tree.Width() : tree.Height();
         std::vector<Area> areas;
@@ -117,11 +119,14 @@ bool HasTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
             if (HasLetterShape(area, pageHeight)) areas.push_back(area);
         }
         const Candidates candidates(std::move(areas), pageHeight);
-        if (std::any_of(std::begin(kSlopes), std::end(kSlopes),
-                        [&](double slope) { return candidates.FormRows(slope); }))
-            return true;
+        for (const double slope : kSlopes) {
+            std::vector<Area> found = candidates.InRows(slope);
+            if (found.empty()) continue;
+            if (isSideways) std::transform(found.begin(), found.end(), found.begin(), Transposed);
+            return found;
+        }
     }
-    return false;
+    return {};
 }
 
 }  // namespace host

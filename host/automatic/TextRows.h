@@ -7,8 +7,9 @@
 
 namespace host {
 
-// Whether some of the ink stands in rows of letters, level, aslant or on their side: areas of like height, on
-// one line, with the contour of strokes. What is like letters in a photograph stands in no such rows.
-bool HasTextRows(const AreaTree& tree, const std::vector<bool>& isInk);
+// The ink that stands in rows of letters, level, aslant or on their side: areas of like height, on one line,
+// with the contour of strokes. What is like letters in a photograph stands in no such rows: then there is
+// nothing.
+std::vector<Area> FindTextRows(const AreaTree& tree, const std::vector<bool>& isInk);
 
 }  // namespace host

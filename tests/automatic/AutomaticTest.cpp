@@ -2,6 +2,7 @@
 // Drawn pages that fixed modes lose: the automatic result is counted against the drawing, pixel by pixel.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <opencv2/imgproc.hpp>
 #include <ostream>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "automatic/Conversion.h"
+#include "automatic/LostText.h"
 #include "tavrix/automatic.h"
 
 namespace host {
@@ -248,6 +250,28 @@ TEST(CInterfaceTest, LeavesTheHostsLocksAsTheyWere) {
         EXPECT_EQ(GlobalFlags(image.Handle()), before);
         if (result.bits.header != nullptr) HostImage{result.bits};
     }
+}
+
+TEST(LostTextTest, CountsLettersAndNoTexture) {
+    Drawing page;
+    WriteLines(page, 90, 1, 60);
+    cv::Mat carpet = page.gray(cv::Rect(420, 0, 300, kHeight));
+    cv::RNG(5).fill(carpet, cv::RNG::UNIFORM, 0, 256);
+    const auto warningsOf = [&page](const cv::Mat& glyphs) {
+        HostImage bits(kWidth, kHeight, 1);
+        std::memset(bits.Record().bits, 0xFF, bits.RowBytes() * kHeight);
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                if (glyphs.at<std::uint8_t>(y, x) != 0)
+                    bits.TopRow(y)[x / 8] &= static_cast<std::uint8_t>(~(0x80 >> x % 8));
+            }
+        }
+        return WarningsFor(ImageOf(page.gray), bits, std::nullopt);
+    };
+    EXPECT_EQ(warningsOf(page.glyphs), std::vector<std::string>());
+    page.glyphs(cv::Rect(0, 0, kWidth, 150)) = 0;  // two lines of four
+    ASSERT_EQ(warningsOf(page.glyphs).size(), 1);
+    EXPECT_EQ(warningsOf(page.glyphs)[0].substr(0, 38), "much less ink than other modes find: 5");
 }
 
 TEST(LostTextTest, SaysHowAFixedModeLostText) {
