@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <tuple>
 #include <vector>
 
@@ -121,17 +122,21 @@ TEST(DibImage, ReadsAndWritesSinglePixels) {
     }
 }
 
+// Pages that are counted by single pixels, by pairs, and by pairs in turns; every third row is mostly plain.
 TEST(Binarizer, CountsEveryStepthPixel) {
-    const HostImage host = HostImage::Drawn(31, 11, 8);
-    const ImagePtr image = DibImage::Borrow(host.Handle());
-    OtsuBinarizer binarizer(image.get());
-    for (const int step : {1, 2, 3}) {
-        std::uint32_t expected[256] = {};
-        for (int y = 0; y < 11; y += step) {
-            for (int x = 0; x < 31; x += step) ++expected[image->Row(y)[x]];
+    for (const auto& [width, height] : {std::pair{31, 11}, {611, 450}, {1221, 901}}) {
+        const HostImage host = HostImage::Drawn(width, height, 8);
+        const ImagePtr image = DibImage::Borrow(host.Handle());
+        for (int y = 0; y < height; y += 3) std::memset(image->Row(y), y % 2 * 255, width * 3 / 4);
+        OtsuBinarizer binarizer(image.get());
+        for (const int step : {1, 2, 3}) {
+            std::uint32_t expected[256] = {};
+            for (int y = 0; y < height; y += step) {
+                for (int x = 0; x < width; x += step) ++expected[image->Row(y)[x]];
+            }
+            binarizer.ComputeHistogram(step);
+            EXPECT_TRUE(std::equal(expected, expected + 256, binarizer.histogram)) << width << ' ' << step;
         }
-        binarizer.ComputeHistogram(step);
-        EXPECT_TRUE(std::equal(expected, expected + 256, binarizer.histogram)) << step;
     }
 }
 
