@@ -8,12 +8,12 @@
 namespace host {
 namespace {
 
-constexpr double kFaintRim = 0.4;         // of the letters' edge strength
+constexpr double kFaintRim = 0.35;        // of the letters' edge strength
 constexpr double kFaintLetterRim = 0.24;  // the same for what looks like a letter
 constexpr int kLidHeight = 4;  // in letter heights: higher things at the picture's edge are no letters
 constexpr int kLidWidth = 8;
 constexpr double kLidThickness = 2;  // beside that of the letters
-constexpr double kSpeck = 0.8;       // in letter heights
+constexpr double kSpeck = 0.5;       // in letter heights: larger bits may be of a letter in faint print
 constexpr double kReach = 0.7;       // of a letter, up and down, in its own height; twice that sidewards
 
 template <class T>

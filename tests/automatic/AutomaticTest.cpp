@@ -110,6 +110,18 @@ const std::vector<Page> kPages = {
          Shade(page, 1, 2);
      },
      "regions"},
+    {"BrokenPrint",
+     [](Drawing& page) {
+         WriteLines(page, 80, 0.9, 195);
+         for (int i = 0; i < 4; ++i) Write(page, 560, 80 + 45 * i, 0.9, 195, "33 88");
+         for (cv::Mat* picture : {&page.gray, &page.glyphs}) {  // a printer's dead dots
+             for (int y = 0; y < kHeight; y += 8) {
+                 cv::rectangle(*picture, {560, y, 160, 3}, picture->at<std::uint8_t>(0, 0), cv::FILLED);
+             }
+         }
+         Shade(page, 1, 2);
+     },
+     "regions"},
     {"DarkBand",
      [](Drawing& page) {
          WriteLines(page, 70, 0.9, 40);
