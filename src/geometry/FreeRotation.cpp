@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "geometry/FreeRotation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <optional>
+#include <vector>
 
 #include "geometry/InterpolationKernels.h"
 #include "geometry/SineCosine.h"
@@ -59,9 +62,17 @@ struct Span {
     int last;  // exclusive
 };
 
-// The first column of the span where the predicate, true before and false after, is false.
+// The first column of the span where the predicate, true before and false after, is false; near the guess as
+// a rule.
 template <class Predicate>
-int Boundary(Span span, Predicate predicate) {
+int Boundary(Span span, double guess, Predicate predicate) {
+    constexpr int kSlack = 2;  // columns
+    const auto clamped = [&](double x) {
+        return static_cast<int>(std::clamp(x, span.first * 1.0, span.last * 1.0));
+    };
+    const int before = clamped(guess - kSlack), after = clamped(guess + kSlack);
+    if (before < span.last && predicate(before)) span.first = before + 1;
+    if (after < span.last && !predicate(after)) span.last = after;
     while (span.first < span.last) {
         const int middle = (span.first + span.last) / 2;
         if (predicate(middle)) {
@@ -74,17 +85,17 @@ int Boundary(Span span, Predicate predicate) {
 }
 
 // The columns of the span where a position lies within 0 .. limit. Positions are rounded sums, hence
-// monotone, so that the columns form one run.
-template <class Position>
-Span Within(Span span, bool rising, double limit, Position position) {
+// monotone, so that the columns form one run. columnAt guesses the column of a position.
+template <class Position, class Column>
+Span Within(Span span, bool rising, double limit, Position position, Column columnAt) {
     const auto below = [&](int x) { return position(x) < 0; };
     const auto above = [&](int x) { return position(x) > limit; };
     if (rising) {
-        span.first = Boundary(span, below);
-        span.last = Boundary(span, [&](int x) { return !above(x); });
+        span.first = Boundary(span, columnAt(0), below);
+        span.last = Boundary(span, columnAt(limit), [&](int x) { return !above(x); });
     } else {
-        span.first = Boundary(span, above);
-        span.last = Boundary(span, [&](int x) { return !below(x); });
+        span.first = Boundary(span, columnAt(limit), above);
+        span.last = Boundary(span, columnAt(0), [&](int x) { return !below(x); });
     }
     return span;
 }
@@ -104,7 +115,106 @@ void InterpolatePixel(const TurnedRow& row, const DibImage& source, int x, int p
     }
 }
 
-// Draws the turned source into result, whose depth is the same, 8 or 24 bits.
+// Between four equal neighbours the rule gives their value exactly where no weight has more than 45 bits
+// behind the point, since every product is one of 53 bits then. Positions are sums rounded at the size of
+// half the source, or products of a float.
+bool HasShortWeights(const Turn& turn, const DibImage& source) {
+    constexpr int kLongEnough = 512;          // pixels: a quarter of it, 128, is rounded to 2^-45
+    constexpr double kSteepEnough = 0x1p-20;  // a float of this size is a multiple of 2^-43
+    if (source.Width() >= kLongEnough && source.Height() >= kLongEnough) return true;
+    return source.Is24Bit() && std::fabs(turn.sine) >= kSteepEnough && std::fabs(turn.cosine) >= kSteepEnough;
+}
+
+// What TurnedColumns points to, for one turn.
+class ColumnTable {
+  public:
+    ColumnTable(const Turn& turn, const DibImage& source);
+    TurnedColumns View() const { return {offset.data(), x.data(), y.data()}; }
+
+  private:
+    std::vector<std::ptrdiff_t> offset;
+    std::vector<float> x, y;
+};
+
+ColumnTable::ColumnTable(const Turn& turn, const DibImage& source) {
+    constexpr double kMargin = 0x1p-30;  // a position of either order of summing errs by less than 2^-35
+    if (!HasShortWeights(turn, source)) return;
+    offset.resize(turn.width);
+    x.resize(turn.width);
+    y.resize(turn.width);
+    const auto weight = [](double share) {
+        const bool isCertain = share > kMargin && share < 1 - kMargin;
+        return isCertain ? static_cast<float>(share) : std::numeric_limits<float>::quiet_NaN();
+    };
+    for (int column = 0; column < turn.width; ++column) {
+        const double dx = column - turn.width / 2;
+        const double right = dx * turn.cosine, below = -(dx * turn.sine);
+        const double wholeX = std::floor(right), wholeY = std::floor(below);
+        x[column] = weight(right - wholeX);
+        y[column] = weight(below - wholeY);
+        offset[column] = static_cast<std::ptrdiff_t>(wholeY) * source.RowBytes() +
+                         static_cast<std::ptrdiff_t>(wholeX) * (source.header->biBitCount / 8);
+    }
+}
+
+// A row of the result and its runs of columns: those with a source, and those among them whose neighbours all
+// lie in the source.
+struct RowPlan {
+    TurnedRow row;
+    Span covered;
+    Span inner;
+};
+
+RowPlan PlanRow(const Turn& turn, const DibImage& source, int y) {
+    const int dy = y - turn.height / 2;
+    const TurnedRow row{turn.sine,
+                        turn.cosine,
+                        static_cast<double>(turn.width / 2),
+                        std::trunc(dy * turn.sine),
+                        std::trunc(dy * turn.cosine),
+                        static_cast<double>(source.Width() / 2),
+                        static_cast<double>(source.Height() / 2)};
+    const auto sourceX = [&](int x) { return row.SourceX(x); };
+    const auto sourceY = [&](int x) { return row.SourceY(x); };
+    const auto columnOfX = [&](double position) {
+        return (position - row.a - row.halfWidth) / row.cosine + row.centre;
+    };
+    const auto columnOfY = [&](double position) {
+        return (row.b + row.halfHeight - position) / row.sine + row.centre;
+    };
+    const bool risingY = turn.sine < 0;
+    Span covered = Within({0, turn.width}, turn.cosine >= 0, source.Width() - 1, sourceX, columnOfX);
+    covered = Within(covered, risingY, source.Height() - 1, sourceY, columnOfY);
+    // All but the columns that reach the source's last two rows run unchecked.
+    const int lowest = source.Height() - 2;
+    const auto isInner = [&](int x) { return sourceY(x) < lowest; };
+    Span inner = covered;
+    if (risingY) {
+        inner.last = Boundary(covered, columnOfY(lowest), isInner);
+    } else {
+        inner.first = Boundary(covered, columnOfY(lowest), [&](int x) { return !isInner(x); });
+    }
+    return {row, covered, inner};
+}
+
+// Draws what surrounds the inner columns of a row.
+void DrawSurround(const RowPlan& plan, const DibImage& source, int width, std::uint8_t* target) {
+    const int pixelBytes = source.header->biBitCount / 8;
+    const auto fill = [&](int first, int last) {
+        std::memset(target + first * pixelBytes, kBackground,
+                    static_cast<std::size_t>(last - first) * pixelBytes);
+    };
+    const auto draw = [&](int first, int last) {
+        for (int x = first; x < last; ++x) InterpolatePixel(plan.row, source, x, pixelBytes, target);
+    };
+    fill(0, plan.covered.first);
+    draw(plan.covered.first, plan.inner.first);
+    draw(plan.inner.last, plan.covered.last);
+    fill(plan.covered.last, width);
+}
+
+// Draws the turned source into result, whose depth is the same, 8 or 24 bits: in tiles, so that what a row
+// reads of the source, which it crosses aslant, is still in the cache for the next row.
 void DrawTurned(const Turn& turn, const DibImage& source, DibImage& result) {
     const int pixelBytes = source.header->biBitCount / 8;
     if (turn.sine == 0 && turn.cosine == 1) {
@@ -112,43 +222,27 @@ void DrawTurned(const Turn& turn, const DibImage& source, DibImage& result) {
         for (int y = 0; y < source.Height(); ++y) std::memcpy(result.Row(y), source.Row(y), bytes);
         return;
     }
+    constexpr int kTileWidth = 256, kTileHeight = 32;  // pixels
     const auto& kernels = platform::KernelsOf<InterpolationKernels>();
     const auto interpolate = pixelBytes == 1 ? kernels.gray : kernels.color;
-    const int halfWidth = turn.width / 2, halfHeight = turn.height / 2;
-    for (int y = 0; y < turn.height; ++y) {
-        const int dy = y - halfHeight;
-        const TurnedRow row{turn.sine,
-                            turn.cosine,
-                            static_cast<double>(halfWidth),
-                            std::trunc(dy * turn.sine),
-                            std::trunc(dy * turn.cosine),
-                            static_cast<double>(source.Width() / 2),
-                            static_cast<double>(source.Height() / 2)};
-        const auto sourceX = [&](int x) { return row.SourceX(x); };
-        const auto sourceY = [&](int x) { return row.SourceY(x); };
-        const bool risingY = turn.sine < 0;
-        Span span = Within({0, turn.width}, turn.cosine >= 0, source.Width() - 1, sourceX);
-        span = Within(span, risingY, source.Height() - 1, sourceY);
-
-        std::uint8_t* target = result.Row(y);
-        const auto fill = [&](int first, int last) {
-            std::memset(target + first * pixelBytes, kBackground,
-                        static_cast<std::size_t>(last - first) * pixelBytes);
-        };
-        fill(0, span.first);
-        fill(span.last, turn.width);
-        // All but the columns that reach the source's last two rows run unchecked.
-        const int lowest = source.Height() - 2;
-        const auto isInner = [&](int x) { return sourceY(x) < lowest; };
-        Span inner = span;
-        if (risingY) {
-            inner.last = Boundary(span, isInner);
-        } else {
-            inner.first = Boundary(span, [&](int x) { return !isInner(x); });
+    const ColumnTable table(turn, source);
+    const TurnedColumns columns = table.View();
+    std::vector<RowPlan> band;
+    for (int top = 0; top < turn.height; top += kTileHeight) {
+        band.clear();
+        for (int y = top; y < std::min(top + kTileHeight, turn.height); ++y) {
+            band.push_back(PlanRow(turn, source, y));
+            DrawSurround(band.back(), source, turn.width, result.Row(y));
         }
-        for (int x = span.first; x < inner.first; ++x) InterpolatePixel(row, source, x, pixelBytes, target);
-        interpolate(row, source.bits, source.RowBytes(), inner.first, inner.last, target);
-        for (int x = inner.last; x < span.last; ++x) InterpolatePixel(row, source, x, pixelBytes, target);
+        for (int left = 0; left < turn.width; left += kTileWidth) {
+            for (std::size_t i = 0; i < band.size(); ++i) {
+                const int first = std::max(left, band[i].inner.first);
+                const int last = std::min(left + kTileWidth, band[i].inner.last);
+                if (first >= last) continue;
+                interpolate(band[i].row, columns, source.bits, source.RowBytes(), first, last,
+                            result.Row(top + static_cast<int>(i)));
+            }
+        }
     }
 }
 

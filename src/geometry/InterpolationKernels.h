@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/CpuFeatures.h"
@@ -22,11 +23,21 @@ struct TurnedRow {
     [[gnu::always_inline]] double SourceY(int x) const { return b - (x - centre) * sine + halfHeight; }
 };
 
+// What the columns of a turned picture have in common in every row, since a row adds whole pixels only: the
+// offset in bytes of the source pixel that a column reads, counted from that of the row, and the weights of
+// the neighbours to the right and below, to float's precision. Columns whose position lies too near a whole
+// pixel to tell which side it falls on have no number as weights. All null where there is no such table.
+struct TurnedColumns {
+    const std::ptrdiff_t* offset;
+    const float* x;
+    const float* y;
+};
+
 // Bilinear interpolation of the columns first .. last - 1 of a turned row, in double, truncated. No bounds
 // are tested: pixels lie in the source, at least two rows below its end.
 struct InterpolationKernels {
-    using Interpolate = void(const TurnedRow& row, const std::uint8_t* source, std::uint32_t rowBytes,
-                             int first, int last, std::uint8_t* target);
+    using Interpolate = void(const TurnedRow& row, const TurnedColumns& columns, const std::uint8_t* source,
+                             std::uint32_t rowBytes, int first, int last, std::uint8_t* target);
     Interpolate* gray;   // 8 bits a pixel
     Interpolate* color;  // 24
 

@@ -130,10 +130,16 @@ TEST(WindowKernels, SlideWindowAndContrastRow) {
 void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels::*kernel, int pixelBytes) {
     constexpr std::uint32_t kRowBytes = 300;
     std::mt19937 random(4);
-    const Bytes source = RandomBytes(kRowBytes * kRowBytes, random);
+    Bytes source = RandomBytes(kRowBytes * kRowBytes, random);
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        if (i / kRowBytes % 32 < 16) source[i] = static_cast<Byte>(180 + i / 32 % 2);  // areas of one value
+    }
     for (int width = 1; width <= kEveryWidth; ++width) {
-        const double theta = width * 0.012;
-        const TurnedRow row{std::sin(theta), std::cos(theta), 70.0, 3.0, 2.0, 15.0, 200.0};
+        // A single step of the sine moves a position off a whole row by less than float can tell.
+        const bool isNearWhole = width % 4 == 0;
+        const double theta = isNearWhole ? 0.5235989 : width * 0.012;
+        const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
+        const TurnedRow row{rounded(std::sin(theta)), rounded(std::cos(theta)), 70.0, 3.0, 2.0, 15.0, 200.0};
         const int first = 70, last = first + width;  // inside the source whatever the angle
         Bytes expected(static_cast<std::size_t>(pixelBytes * (last + 9)), 77);
         for (int i = pixelBytes * first; i < pixelBytes * last; ++i) {
@@ -147,10 +153,22 @@ void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels:
             expected[i] = static_cast<Byte>(x * (y * far[pixelBytes] + (1 - y) * near[pixelBytes]) +
                                             (1 - x) * ((1 - y) * near[0] + y * far[0]));
         }
+        std::vector<std::ptrdiff_t> offset(last);
+        std::vector<float> x(last), y(last);
+        for (int i = first; i < last; ++i) {
+            const double right = (i - row.centre) * row.cosine, below = -(i - row.centre) * row.sine;
+            x[i] = i == first ? NAN : static_cast<float>(right - std::floor(right));
+            y[i] = static_cast<float>(below - std::floor(below));
+            offset[i] = static_cast<std::ptrdiff_t>(std::floor(below)) * kRowBytes +
+                        static_cast<std::ptrdiff_t>(std::floor(right)) * pixelBytes;
+        }
         for (const InterpolationKernels* kernels : test::LevelsOf<InterpolationKernels>()) {
-            Bytes found(expected.size(), 77);
-            (kernels->*kernel)(row, source.data(), kRowBytes, first, last, found.data());
-            ASSERT_EQ(found, expected) << width;
+            for (const TurnedColumns& columns :
+                 {TurnedColumns{}, TurnedColumns{offset.data(), x.data(), y.data()}}) {
+                Bytes found(expected.size(), 77);
+                (kernels->*kernel)(row, columns, source.data(), kRowBytes, first, last, found.data());
+                ASSERT_EQ(found, expected) << width;
+            }
         }
     }
 }
