@@ -35,12 +35,24 @@ enum class Order { kAsStored, kReversed };
 
 // Result rows are the block's, in the given orders. The result has its size.
 void PlaceRows(const BitBlock& block, Order rowOrder, Order columnOrder, DibImage& result) {
-    if (block.width == 0) return;
+    if (block.width == 0 || block.height == 0) return;
+    const bool isUpright = rowOrder == Order::kAsStored;
+    std::uint8_t* target = result.Row(isUpright ? 0 : block.height - 1);
+    const std::ptrdiff_t rowBytes = result.RowBytes(), step = isUpright ? rowBytes : -rowBytes;
+    if (columnOrder == Order::kAsStored && block.first == 0) {
+        const std::ptrdiff_t last = (block.width - 1) / 8;
+        const auto lastMask = static_cast<std::uint8_t>(0xFF << (7 - (block.width - 1) % 8));
+        for (int y = 0; y < block.height; ++y) {
+            const std::uint8_t* source = block.rows + block.stride * y;
+            std::memcpy(target + step * y, source, static_cast<std::size_t>(last));
+            target[step * y + last] = source[last] & lastMask;
+        }
+        return;
+    }
     const auto& kernels = platform::KernelsOf<TurnKernels>();
     const auto placeRow = columnOrder == Order::kAsStored ? kernels.copyBits : kernels.reverseBits;
     for (int y = 0; y < block.height; ++y) {
-        const int row = rowOrder == Order::kAsStored ? y : block.height - 1 - y;
-        placeRow(block.rows + block.stride * y, block.first, block.width, result.Row(row));
+        placeRow(block.rows + block.stride * y, block.first, block.width, target + step * y);
     }
 }
 
