@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <cstring>
 #include <vector>
 
 #include "Pages.h"
@@ -12,6 +13,22 @@
 
 namespace tavrix::bench {
 namespace {
+
+// What moving the bytes of a picture alone takes, into rows that are there already.
+template <int kBits>
+void Copy(benchmark::State& state) {
+    const auto page = DibImage::New(WidthOf(state), HeightOf(state), kBits);
+    std::memset(page->bits, 1, page->header->biSizeImage);
+    const auto copy = DibImage::New(page->Width(), page->Height(), kBits);
+    for (auto _ : state) {
+        std::memcpy(copy->bits, page->bits, page->header->biSizeImage);
+        benchmark::ClobberMemory();
+    }
+    CountPixels(state);
+}
+BENCHMARK(Copy<1>)->Name("CopyOneBit")->Apply(PageSizes);
+BENCHMARK(Copy<8>)->Name("CopyGray")->Apply(PageSizes);
+BENCHMARK(Copy<24>)->Name("CopyColor")->Apply(PageSizes);
 
 void Gray(benchmark::State& state) {
     const auto page = CardPage(WidthOf(state), HeightOf(state), 24);
