@@ -194,7 +194,7 @@ _REGIONS = "passes over the page, of which the text below gives shares"
 _BLOCK = "passes: histogram, thresholds, filling of gaps, all on the whole page"
 _FREE = "arithmetic: four neighbours in double precision, in the written order"
 _LINKS = "cache misses: a walk along links, a node after the other"
-_LOOKUP = "cache and branch misses: neighbours looked up in grids, nodes linked anew"
+_LOOKUP = "cache and branch misses: neighbours looked up in trees, sorting, nodes linked anew"
 _WORDS = "arithmetic: shifts along and across, 64 pixels at a time"
 EXPORTS = {
     "Binarized, mode 0": Export(binarized(0), 2.125, "arithmetic: sums of 25 pixels and of their squares, after counting", 0.5),
@@ -215,7 +215,7 @@ EXPORTS = {
     "Grouping, blocks by direction": of_store("Grouping, blocks by direction", _LOOKUP, "nodes", "nodes"),
     "Grouping, aligned blocks": of_store("Grouping, aligned blocks", _LOOKUP, "nodes", "nodes"),
     "Grouping, text lines": of_store(
-        "Grouping, text lines", "branch misses: sorting, and comparing lines that may be one", "nodes", "nodes"),
+        "Grouping, text lines", "branch misses: neighbours looked up in trees, chains of lines, sorting", "nodes", "nodes"),
     "FindTrueLineRect": of_store(
         "FindTrueLineRect", "text lines for the most part, extraction and a store's first touch", "edges", "nodes", "nodes", moved=0.125),
     "FindCardLogo": of_store("FindCardLogo", _LINKS, "nodes"),

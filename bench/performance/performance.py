@@ -165,6 +165,17 @@ def command(build, which):
     return {label: [does, *min(runs), len(pictures)]}
 
 
+def beside(build, pictures):
+    """Processor milliseconds a JPEG picture: decoding, writing G4, both, with the export between, the whole command."""
+    program = build / "bench/tavrix_command_bench"
+    if not program.exists():
+        return {"tavrix_command_bench": None}
+    done = subprocess.run([program, pictures], capture_output=True, text=True, check=True)
+    rows = re.findall(r"^(\w+) +" + r".*".join(rf"{what} ([\d.]+)" for what in ("decode", "write", "alone", "export", "whole")),
+                      done.stdout, re.MULTILINE)
+    return {mode: list(map(float, times)) for mode, *times in rows}
+
+
 def startup(build, _):
     """Median milliseconds of programs that only say their version or load their modules."""
     lines = {"tavrix --version": [build / "host/tavrix", "--version"],
@@ -230,6 +241,7 @@ def parts_of(pictures):
         "components": [("components", "")],
         "loop": [("loop", "8"), ("loop", "24")],
         "command": [("command", f"{number}:{pictures}") for number in range(last)],
+        "beside": [("beside", str(pictures))],
         "startup": [("startup", "")],
         "module": [("module", "")],
     }
@@ -259,12 +271,12 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         pictures = arguments.pictures.resolve() if arguments.pictures else pathlib.Path(folder)
         wanted = [part for part in arguments.only or parts_of(None) if part != "none"]
-        if "command" in wanted and not arguments.pictures:
+        if {"command", "beside"} & set(wanted) and not arguments.pictures:
             draw_pictures(pictures)
         for part in wanted:
             found = {}
             for what, argument in parts_of(pictures)[part]:
-                print(f"{what} {argument.split(':')[0]}", file=sys.stderr, flush=True)
+                print(what, argument.split(":")[0], file=sys.stderr, flush=True)
                 done = subprocess.run([*shlex.split(arguments.under), sys.executable, __file__, build, "--measure", what, argument],
                                       stdout=subprocess.PIPE, text=True)
                 if done.returncode != 0:
