@@ -98,37 +98,46 @@ inline Vector ReversedEights(Vector bytes) {
         bytes, InBothLanes(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8)));
 }
 #else
+// The same sum as 8 s + r with
+//   s = 36 (R + 2 G) + 16 B and r = 11 (R + G) - 14 B,
+// which takes fewer instructions where channels stand apart.
 struct Factors {
-    __m128i blue, green, red, divisor;
+    __m128i sums, rests, blueRests, divisor;
 };
 
 inline Factors MakeFactors() {
-    return {_mm_set1_epi16(Opaque(14)), _mm_set1_epi16(Opaque(73)), _mm_set1_epi16(Opaque(37)),
+    return {_mm_set1_epi16(Opaque(36)), _mm_set1_epi16(Opaque(11)), _mm_set1_epi16(Opaque(14)),
             _mm_set1_epi16(Opaque(kDivisor))};
 }
 
-// Gray of 8 pixels as words, and which of them are ties.
-inline __m128i Gray8(const Byte* pixels, const Factors& factors, __m128i& ties) {
-    // Interleaving pixels 0 to 3 with 4 to 7, then even with odd ones, three times brings equal channels
-    // together: d holds B0 B2 B4 B6, G0 .., R0 .., B1 ..
-    const __m128i low = Load16(pixels), high = _mm_srli_si128(Load16(pixels + 8), 4);
-    const __m128i a = _mm_unpacklo_epi8(low, high);
-    const __m128i b = _mm_unpacklo_epi8(_mm_srli_si128(low, 6), _mm_srli_si128(high, 6));
-    const __m128i d = _mm_unpacklo_epi8(a, b), e = _mm_unpackhi_epi8(a, b);
-    const __m128i odd = _mm_or_si128(_mm_srli_si128(d, 12), _mm_slli_si128(e, 4));
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i blueGreen = _mm_unpacklo_epi8(d, odd);
-    const __m128i blue = _mm_unpacklo_epi8(blueGreen, zero), green = _mm_unpackhi_epi8(blueGreen, zero);
-    const __m128i red = _mm_unpacklo_epi8(_mm_unpackhi_epi8(d, odd), zero);
+// A pixel and the byte after it. After the last one nothing may be read.
+inline __m128i LoadPixel(const Byte* pixel) {
+    std::int32_t bytes;
+    __builtin_memcpy(&bytes, pixel, sizeof bytes);
+    return _mm_cvtsi32_si128(bytes);
+}
+inline __m128i LoadLastPixel(const Byte* pixel) {
+    return _mm_srli_epi32(LoadPixel(pixel - 1), 8);
+}
 
-    const __m128i sums =
-        _mm_add_epi16(_mm_mullo_epi16(green, factors.green),
-                      _mm_add_epi16(_mm_mullo_epi16(red, factors.red), _mm_mullo_epi16(blue, factors.blue)));
+// Gray of 8 pixels, the last one given, as words, and which of them are ties.
+inline __m128i Gray8(const Byte* pixels, __m128i last, const Factors& factors, __m128i& ties) {
+    // Words of blue and green, and of red and a byte that does not matter, brought together.
+    const auto pair = [](__m128i a, __m128i b) { return _mm_unpacklo_epi16(a, b); };
+    const auto at = [pixels](int i) { return LoadPixel(pixels + 3 * i); };
+    const __m128i low = _mm_unpacklo_epi32(pair(at(0), at(1)), pair(at(2), at(3)));
+    const __m128i high = _mm_unpacklo_epi32(pair(at(4), at(5)), pair(at(6), last));
+    const __m128i blueGreen = _mm_unpacklo_epi64(low, high);
+    const __m128i red = _mm_unpackhi_epi64(low, high) & _mm_set1_epi16(255);
+    const __m128i blue = blueGreen & _mm_set1_epi16(255), green = _mm_srli_epi16(blueGreen, 8);
+
     const __m128i redGreen = _mm_add_epi16(red, green);
-    const __m128i twice = _mm_add_epi16(redGreen, blue);
+    const __m128i sums =
+        _mm_add_epi16(_mm_mullo_epi16(_mm_add_epi16(redGreen, green), factors.sums), _mm_slli_epi16(blue, 4));
     const __m128i rests =
-        _mm_add_epi16(_mm_add_epi16(redGreen, _mm_set1_epi16(kHalf)), _mm_add_epi16(twice, twice));
-    const __m128i eighths = _mm_add_epi16(sums, _mm_srli_epi16(rests, 3));
+        _mm_sub_epi16(_mm_add_epi16(_mm_mullo_epi16(redGreen, factors.rests), _mm_set1_epi16(kHalf)),
+                      _mm_mullo_epi16(blue, factors.blueRests));
+    const __m128i eighths = _mm_add_epi16(sums, _mm_srai_epi16(rests, 3));
     const __m128i quotients =
         _mm_srli_epi16(_mm_mulhi_epu16(eighths, _mm_set1_epi16(kQuotientFactor)), kQuotientShift);
     // A tie leaves no rest. The sum and 1000 q differ by less than 1000, so their low 16 bits tell.
@@ -140,7 +149,8 @@ inline __m128i Gray8(const Byte* pixels, const Factors& factors, __m128i& ties) 
 // Gray of a step's pixels. Bit i of the result is set where pixel i is a tie.
 inline std::uint32_t GrayStep(const Byte* pixels, const Factors& factors, Byte* gray) {
     __m128i lowTies, highTies;
-    const __m128i low = Gray8(pixels, factors, lowTies), high = Gray8(pixels + 24, factors, highTies);
+    const __m128i low = Gray8(pixels, LoadPixel(pixels + 21), factors, lowTies);
+    const __m128i high = Gray8(pixels + 24, LoadLastPixel(pixels + 45), factors, highTies);
     Store(gray, _mm_packus_epi16(low, high));
     return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(lowTies, highTies)));
 }
