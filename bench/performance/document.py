@@ -12,6 +12,7 @@ IMAGES = ROOT / "docs/images"
 SIZES = ("1063/650", "2126/1300", "4252/2600")
 WORDS = {  # of the benches' names, in the order of the table
     "Gray": "24 bits to gray", "Pack": "threshold and pack to 1 bit", "Histogram": "histogram", "Otsu": "Otsu (mode 1)",
+    "OtsuClipped": "Otsu, paper clipped to white",
     "LocalContrastWindows": "windows of 5 x 5 of mode 0", "Bernsen": "mid-range of 15 x 15 (mode 2)", "Gradient": "gradient (mode 4)",
     "SobelMagnitude": "Sobel magnitude, exact root", "Smooth3x3": "mean, 3 x 3", "SmoothRegion": "mean of a region",
     "Sharpen": "sharpening, 3 x 3", "SharpenRegion": "sharpening of a region", "Dilate15": "dilation, 15 x 15",
