@@ -38,6 +38,10 @@ def table(heads, align, rows):
     return "".join(f"| {' | '.join(line)} |\n" for line in lines)
 
 
+def wrapped(text, start=""):
+    return textwrap.fill(text, 120, initial_indent=start, subsequent_indent=" " * len(start), break_on_hyphens=False) + "\n"
+
+
 def peers_of(name, figures):
     """The fastest peer's name and its milliseconds, or None."""
     found = [(figures[peer]["2126/1300"], peer) for peer in (f"{name}_OpenCV", f"{name}_Leptonica") if peer in figures]
@@ -56,13 +60,14 @@ def operations(results):
     for name in sorted(own, key=lambda name: [*WORDS, name].index(name)):
         times = [figures[name][size] for size in SIZES]
         peer, share = peers_of(name, figures), shares(name, figures)
-        rows[peer is not None].append([WORDS.get(name, name), *map(number, times), peer[0] if peer else "–",
-                                       " · ".join(f"{one:.2f}" for one in share) if share else "–", f"{times[2] / times[0] / 16:.2f}"])
+        beside = [peer[0], " · ".join(f"{one:.2f}" for one in share)] if peer else ["–", "–"]
+        rows[peer is not None].append([WORDS.get(name, name), *map(number, times), *beside, f"{times[2] / times[0] / 16:.2f}"])
     made = table(["operation", "1063 x 650", "2126 x 1300", "4252 x 2600", "fastest peer", "share of its time", "growth"],
                  ["---", "---:", "---:", "---:", "---", "---", "---:"], rows[True] + rows[False])
     copy = results["exports"]["limits"]["growth"]
-    return made + (f"\nCopying such images in memory, and nothing else, grows by {copy['1']:.1f} (1 bit), {copy['8']:.1f} (8 bits) and "
-                   f"{copy['24']:.1f} (24 bits): the second cache holds the smaller of them, memory the largest.\n")
+    return made + "\n" + wrapped(
+        f"Copying such images in memory, and nothing else, grows by {copy['1']:.1f} (1 bit), {copy['8']:.1f} (8 bits) and "
+        f"{copy['24']:.1f} (24 bits): the second cache holds the smaller of them, memory the largest.")
 
 
 def exports(results):
@@ -71,7 +76,9 @@ def exports(results):
         function, _, variant = name.partition(", ")
         label = f"`{function}`{', ' + variant if variant else ''}" if function != last else f"… {variant}"
         last = function
-        cells = [cell for size in ("card", "large") for cell in (number(row[size]["ns"] / 1e6), f"{100 * row[size]['floor'] / row[size]['ns']:.0f} %")]
+        cells = []
+        for size in ("card", "large"):
+            cells += [number(row[size]["ns"] / 1e6), f"{100 * row[size]['floor'] / row[size]['ns']:.0f} %"]
         rows.append([label, *cells, f"{row['blank'] / row['card']['ns']:.2f}", f"{row['large']['faults']:.0f}", row["bound"]])
     return table(["", "card, ms", "floor", "12 MP, ms", "floor", "blank", "faults", "what bounds it"],
                  ["---", "---:", "---:", "---:", "---:", "---:", "---:", "---"], rows)
@@ -79,17 +86,19 @@ def exports(results):
 
 def limits(results):
     limit, figures = results["exports"]["limits"], results["operations"]
+
     def bandwidth(count):
         return f"{2 * count / limit['copies'][str(count)]:.0f} GB/s"
-    of_region = {"square roots (Sobel)": "SobelMagnitude", "text components": "FindTextComponents", "filling of gaps": "FillAndMarkRegion",
-                 "each histogram": "Histogram", "stroke ends": "CountStrokeEnds"}
+    passes = {"square roots (Sobel)": "SobelMagnitude", "text components": "FindTextComponents",
+              "filling of gaps": "FillAndMarkRegion", "each histogram": "Histogram", "stroke ends": "CountStrokeEnds"}
     whole = figures["EdgeRegions"][SIZES[2]]
-    parts = ", ".join(f"{what} {100 * figures[name][SIZES[2]] / whole:.0f} %" for what, name in of_region.items())
-    return textwrap.fill(f"Measured in the same run: a clock cycle {limit['cycle']:.3f} ns; a square root {limit['root']:.2f} ns, eight at a time; copying, "
-            f"read and written bytes together, {bandwidth(1 << 18)} in the second cache, {bandwidth(1 << 24)} for 16 MB and "
-            f"{bandwidth(1 << 26)} for 64 MB; the first touch of 4 KB that the system has to clear {limit['touch']:.0f} ns. Passes "
-            f"on their own, of mode 5's time on 4252 x 2600: {parts}. The page and every region have "
-                         f"histograms of their own. Times are less {limit['refused']:.0f} ns for a call through ctypes.", 120) + "\n"
+    parts = ", ".join(f"{what} {100 * figures[name][SIZES[2]] / whole:.0f} %" for what, name in passes.items())
+    return wrapped(
+        f"Measured in the same run: a clock cycle {limit['cycle']:.3f} ns; a square root {limit['root']:.2f} ns, eight at a time; "
+        f"copying, read and written bytes together, {bandwidth(1 << 18)} in the second cache, {bandwidth(1 << 24)} for 16 MB and "
+        f"{bandwidth(1 << 26)} for 64 MB; the first touch of 4 KB that the system has to clear {limit['touch']:.0f} ns. Passes on their "
+        f"own, of mode 5's time on 4252 x 2600: {parts}. The page and every region have histograms of their own. Times are "
+        f"less {limit['refused']:.0f} ns for a call through ctypes.")
 
 
 def loop(results):
@@ -151,9 +160,9 @@ def summary(results):
         "megapixels; windows and turns, arithmetic; components and lines, branch misses and cache misses.",
         f"Measured on {machine['date']}: {machine['cpu']} (model {machine['family']}), {machine['cores']} cores"
         f"{' of a virtual machine' if machine['virtual'] else ''}, {machine['memory']:.0f} GB, {machine['system']}, Linux {machine['kernel']}, "
-        f"{machine['compiler']}, commit {machine['commit']}.",
+        f"{machine['compiler']}, commit {', '.join(dict.fromkeys(results['commits'].values()))}.",
     ]
-    return "".join(textwrap.fill(bullet, 120, initial_indent="- ", subsequent_indent="  ", break_on_hyphens=False) + "\n" for bullet in bullets)
+    return "".join(wrapped(bullet, "- ") for bullet in bullets)
 
 
 def draw(file, unit, scale, series):

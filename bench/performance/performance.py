@@ -116,20 +116,23 @@ def has_opencv():
 def programs(tavrix, pictures, decoded, out):
     """Label, what it does, command line or None where the program is not there."""
     mogrify, opencv = shutil.which("mogrify"), has_opencv()
+    g4 = ["-compress", "Group4"]
     return [
         ("tavrix, mode otsu", "one threshold a picture; TIFF G4", [tavrix, "binarize", "-q", "-m", "otsu", "-o", out, *pictures]),
-        ("tavrix, mode regions", "a threshold for every region; TIFF G4", [tavrix, "binarize", "-q", "-m", "regions", "-o", out, *pictures]),
+        ("tavrix, mode regions", "a threshold for every region; TIFF G4",
+         [tavrix, "binarize", "-q", "-m", "regions", "-o", out, *pictures]),
         ("tavrix, two jobs", "the same with `--jobs 2`", [tavrix, "binarize", "-q", "-m", "regions", "-j", "2", "-o", out, *pictures]),
         ("tavrix, mode auto", "the default: levels the light, keeps light text, drops dirt, warns of what may be lost",
          [tavrix, "binarize", "-q", "-o", out, *pictures]),
         ("OpenCV in Python, Otsu", "one threshold a picture; 1-bit PNG, its TIFF writer has no G4",
          opencv and [sys.executable, "-c", OPENCV, "otsu", out, *pictures]),
-        ("OpenCV in Python, adaptive", "a mean of 25 x 25 pixels; 1-bit PNG", opencv and [sys.executable, "-c", OPENCV, "mean", out, *pictures]),
+        ("OpenCV in Python, adaptive", "a mean of 25 x 25 pixels; 1-bit PNG",
+         opencv and [sys.executable, "-c", OPENCV, "mean", out, *pictures]),
         ("ImageMagick, fixed", "`mogrify -threshold 60%`: version 6 has no Otsu; TIFF G4",
-         mogrify and [mogrify, "-path", out, "-format", "tif", "-colorspace", "Gray", "-threshold", "60%", "-compress", "Group4", *pictures]),
+         mogrify and [mogrify, "-path", out, "-format", "tif", "-colorspace", "Gray", "-threshold", "60%", *g4, *pictures]),
         ("ImageMagick, local", "`mogrify -lat 25x25-6%`, a mean of 25 x 25 pixels; TIFF G4",
          mogrify and [mogrify, "-path", out, "-format", "tif", "-colorspace", "Gray", "-negate", "-lat", "25x25-6%", "-negate",
-                      "-compress", "Group4", *pictures]),
+                      *g4, *pictures]),
         ("unpaper", "fixed threshold, and finds, levels and cleans the page; reads PPM that was decoded before, writes PBM",
          shutil.which("unpaper") and ["unpaper", "-q", "--overwrite", *(name for ppm in decoded for name in (ppm, ppm[:-3] + "pbm"))]),
     ]
@@ -146,7 +149,7 @@ def run_timed(line):
 
 
 def command(build, which):
-    """Wall and processor seconds for all pictures; the better of two runs, or of one that takes long."""
+    """Wall and processor seconds for all pictures; the best of five runs, or one that takes long."""
     given, number = pathlib.Path(which.split(":", 1)[1]), int(which.split(":")[0])
     pictures = sorted(str(path) for path in given.iterdir() if path.suffix.lower() in (".jpg", ".jpeg", ".png", ".tif", ".tiff"))
     with tempfile.TemporaryDirectory() as out:
@@ -286,6 +289,7 @@ def main():
                 print(f"left out, not installed: {name}", file=sys.stderr)
             results[part] = {name: figures for name, figures in found.items() if figures is not None}
             results["machine"] = machine(build)
+            results.setdefault("commits", {})[part] = results["machine"].pop("commit")
             kept.write_text(json.dumps(results, indent=1), encoding="utf-8")
     if lacking := [part for part in parts_of(None) if part not in results]:
         sys.exit(f"the document is left as it is until these are measured too: {', '.join(lacking)}")
