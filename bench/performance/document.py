@@ -25,6 +25,7 @@ WORDS = {  # of the benches' names, in the order of the table
     "LineRegionsBlock": "mode 8, one block", "EdgeRegionsSharp": "sharpened regions (mode 9)", "CountStrokeEnds": "stroke ends",
     "FindTextComponents": "text components", "ThresholdRegion": "threshold of a region", "FillAndMarkRegion": "filling of gaps",
     "EdgeMap": "edge map", "Opening": "opening, 3 x 3", "TextLines_Card": "text lines of a card",
+    "CopyOneBit": "copying alone, 1 bit", "CopyGray": "copying alone, 8 bits", "CopyColor": "copying alone, 24 bits",
 }
 
 
@@ -62,12 +63,8 @@ def operations(results):
         peer, share = peers_of(name, figures), shares(name, figures)
         beside = [peer[0], " · ".join(f"{one:.2f}" for one in share)] if peer else ["–", "–"]
         rows[peer is not None].append([WORDS.get(name, name), *map(number, times), *beside, f"{times[2] / times[0] / 16:.2f}"])
-    made = table(["operation", "1063 x 650", "2126 x 1300", "4252 x 2600", "fastest peer", "share of its time", "growth"],
+    return table(["operation", "1063 x 650", "2126 x 1300", "4252 x 2600", "fastest peer", "share of its time", "growth"],
                  ["---", "---:", "---:", "---:", "---", "---", "---:"], rows[True] + rows[False])
-    copy = results["exports"]["limits"]["growth"]
-    return made + "\n" + wrapped(
-        f"Copying such images in memory, and nothing else, grows by {copy['1']:.1f} (1 bit), {copy['8']:.1f} (8 bits) and "
-        f"{copy['24']:.1f} (24 bits): the second cache holds the smaller of them, memory the largest.")
 
 
 def exports(results):

@@ -192,7 +192,7 @@ _block_of = library.Binarized_Separate_Block
 _COUNT = "counting: half a step a pixel, then one pass that writes what it reads"
 _REGIONS = "passes over the page, of which the text below gives shares"
 _BLOCK = "passes: histogram, thresholds, filling of gaps, all on the whole page"
-_FREE = "arithmetic: four neighbours in double precision, in the written order"
+_FREE = "arithmetic: four neighbours in single precision, and in double where that leaves doubt"
 _LINKS = "cache misses: a walk along links, a node after the other"
 _LOOKUP = "cache and branch misses: neighbours looked up in trees, sorting, nodes linked anew"
 _WORDS = "arithmetic: shifts along and across, 64 pixels at a time"
@@ -225,7 +225,7 @@ EXPORTS = {
     "RotateFree, colour": Export((Input, "colour", rotated_twice), 3, "the same, and a copy of the result", also=("result",) * 3),
     "RotateImageBlock, quarter turn": Export(block(1), 0.25, "arithmetic: 8 x 8 bits transposed at a time"),
     "RotateImageBlock, half turn": Export(block(2), 0.25, "arithmetic: bits reversed in bytes and shifted"),
-    "RotateImageBlock, upside down": Export(block(4), 0.25, "bandwidth; of a card allocation, and a call for each row"),
+    "RotateImageBlock, upside down": Export(block(4), 0.25, "bandwidth; of a card the allocation"),
     "Morphology, edge map": Export(morphed(0, "gray"), 2.125, "arithmetic: two gradients in 16 bits"),
     "Morphology, mean": Export(morphed(3, "gray"), 3, "arithmetic: nine neighbours in 16 bits; bandwidth for a second copy"),
     "Morphology, sharpening": Export(morphed(4, "gray"), 3, "the same, with a product in single precision"),

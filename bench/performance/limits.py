@@ -58,6 +58,4 @@ def measured():
         touches.append((first - second) / (fresh.size / 4096))
         del fresh
     copied = {str(count): copy_ns(count) for count in (1 << 18, 1 << 24, 1 << 26)}
-    small, large = 1063 * 650 / 8, 4252 * 2600 / 8
-    growth = {str(bits): copy_ns(int(large * bits)) / copy_ns(int(small * bits)) / 16 for bits in (1, 8, 24)}
-    return {"cycle": cycle, "root": root, "touch": min(touches), "copies": copied, "growth": growth}
+    return {"cycle": cycle, "root": root, "touch": min(touches), "copies": copied}
