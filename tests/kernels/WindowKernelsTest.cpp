@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 
 #include "binarize/BernsenKernels.h"
@@ -134,37 +135,42 @@ void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels:
     for (std::size_t i = 0; i < source.size(); ++i) {
         if (i / kRowBytes % 32 < 16) source[i] = static_cast<Byte>(180 + i / 32 % 2);  // areas of one value
     }
-    for (int width = 1; width <= kEveryWidth; ++width) {
-        // A single step of the sine moves a position off a whole row by less than float can tell.
-        const bool isNearWhole = width % 4 == 0;
-        const double theta = isNearWhole ? 0.5235989 : width * 0.012;
+    for (int i = 0; i < 16 * kEveryWidth; ++i) {
+        const int width = 1 + i / 16;
+        // The last are turns by which every other row is missed by less than float can tell.
+        const double theta = i % 16 < 12 ? i * 0.0008 : 0.5235989;
         const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
-        const TurnedRow row{rounded(std::sin(theta)), rounded(std::cos(theta)), 70.0, 3.0, 2.0, 15.0, 200.0};
+        const TurnedRow row{
+            rounded(std::sin(theta)), rounded(std::cos(theta)), 70.0, 3.0, i % 16 - 8.0, 15.0, 200.0};
         const int first = 70, last = first + width;  // inside the source whatever the angle
         Bytes expected(static_cast<std::size_t>(pixelBytes * (last + 9)), 77);
-        for (int i = pixelBytes * first; i < pixelBytes * last; ++i) {
-            const double dx = i / pixelBytes - row.centre;
+        std::vector<std::ptrdiff_t> offset(last);
+        std::vector<float> weightX(last), weightY(last);
+        for (int column = first; column < last; ++column) {
+            const double dx = column - row.centre;
             const double sx = dx * row.cosine + row.a + row.halfWidth;
             const double sy = row.b - dx * row.sine + row.halfHeight;
             const int ix = static_cast<int>(sx), iy = static_cast<int>(sy);
             const double x = sx - ix, y = sy - iy;
-            const Byte* near = &source[kRowBytes * iy + pixelBytes * ix + i % pixelBytes];
-            const Byte* far = near + kRowBytes;
-            expected[i] = static_cast<Byte>(x * (y * far[pixelBytes] + (1 - y) * near[pixelBytes]) +
-                                            (1 - x) * ((1 - y) * near[0] + y * far[0]));
+            const std::ptrdiff_t start = std::ptrdiff_t{kRowBytes} * iy + pixelBytes * ix;
+            for (int k = 0; k < pixelBytes; ++k) {
+                const Byte* near = &source[start + k];
+                const Byte* far = near + kRowBytes;
+                expected[pixelBytes * column + k] =
+                    static_cast<Byte>(x * (y * far[pixelBytes] + (1 - y) * near[pixelBytes]) +
+                                      (1 - x) * ((1 - y) * near[0] + y * far[0]));
+            }
+            offset[column] = start - static_cast<std::ptrdiff_t>(kRowBytes * (row.b + row.halfHeight) +
+                                                                 pixelBytes * (row.a + row.halfWidth));
+            weightX[column] = static_cast<float>(x);
+            weightY[column] = static_cast<float>(y);
         }
-        std::vector<std::ptrdiff_t> offset(last);
-        std::vector<float> x(last), y(last);
-        for (int i = first; i < last; ++i) {
-            const double right = (i - row.centre) * row.cosine, below = -(i - row.centre) * row.sine;
-            x[i] = i == first ? NAN : static_cast<float>(right - std::floor(right));
-            y[i] = static_cast<float>(below - std::floor(below));
-            offset[i] = static_cast<std::ptrdiff_t>(std::floor(below)) * kRowBytes +
-                        static_cast<std::ptrdiff_t>(std::floor(right)) * pixelBytes;
-        }
+        // Without weights a column's offset says nothing.
+        weightX[first] = std::numeric_limits<float>::quiet_NaN();
+        offset[first] = kRowBytes * (i % 64);
         for (const InterpolationKernels* kernels : test::LevelsOf<InterpolationKernels>()) {
             for (const TurnedColumns& columns :
-                 {TurnedColumns{}, TurnedColumns{offset.data(), x.data(), y.data()}}) {
+                 {TurnedColumns{}, TurnedColumns{offset.data(), weightX.data(), weightY.data()}}) {
                 Bytes found(expected.size(), 77);
                 (kernels->*kernel)(row, columns, source.data(), kRowBytes, first, last, found.data());
                 ASSERT_EQ(found, expected) << width;
