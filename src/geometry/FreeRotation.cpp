@@ -222,7 +222,7 @@ void DrawTurned(const Turn& turn, const DibImage& source, DibImage& result) {
         for (int y = 0; y < source.Height(); ++y) std::memcpy(result.Row(y), source.Row(y), bytes);
         return;
     }
-    constexpr int kTileWidth = 256, kTileHeight = 32;  // pixels
+    constexpr int kTileWidth = 512, kTileHeight = 64;  // pixels
     const auto& kernels = platform::KernelsOf<InterpolationKernels>();
     const auto interpolate = pixelBytes == 1 ? kernels.gray : kernels.color;
     const ColumnTable table(turn, source);
