@@ -172,13 +172,14 @@ void TransposeBytes(const Byte* source, std::ptrdiff_t sourceStride, int width, 
                     std::ptrdiff_t targetStride) {
 #ifndef TAVRIX_PLAIN_KERNELS
     if (width >= kStrip && height >= kRows) {
-        // In bands of whole cache lines; the last tile of a row or column overlaps the one before.
+        // In bands of rows that fill whole cache lines of the target; the last tile of a row or column
+        // overlaps the one before.
         constexpr int kBand = 64;
-        for (int left = 0; left < width; left += kBand) {
-            for (int row = 0; row < height; row += kRows) {
-                const int y = row < height - kRows ? row : height - kRows;
-                for (int column = left; column < left + kBand && column < width; column += kStrip) {
-                    const int x = column < width - kStrip ? column : width - kStrip;
+        for (int top = 0; top < height; top += kBand) {
+            for (int column = 0; column < width; column += kStrip) {
+                const int x = column < width - kStrip ? column : width - kStrip;
+                for (int row = top; row < top + kBand && row < height; row += kRows) {
+                    const int y = row < height - kRows ? row : height - kRows;
                     TransposeTile(source + sourceStride * y + x, sourceStride, target + targetStride * x + y,
                                   targetStride);
                 }
