@@ -174,7 +174,9 @@ void GrayRow(const Byte* row, int width, Byte* gray) {
     const int last = width - kStep;
     if (last >= 0) {
         const Factors factors = MakeFactors();
+        constexpr int kAhead = 3072;  // bytes
         const auto step = [&](int x) {
+            for (int i = 0; i < 3 * kStep; i += 48) Prefetch(row + 3 * x + i, kAhead);
             std::uint32_t ties = GrayStep(row + 3 * x, factors, gray + x);
             for (; ties != 0; ties &= ties - 1) [[unlikely]] {
                     const int i = x + __builtin_ctz(ties);

@@ -47,6 +47,13 @@ inline void Store(void* to, Vector bytes) {
 #endif
 }
 
+// Asks for memory that comes up, `distance` bytes on; there need not be any. Loops that read several bytes
+// for each that they write, or work long on each, outrun processors that look ahead by themselves only a
+// little.
+inline void Prefetch(const Byte* from, std::uintptr_t distance) {
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) + distance));
+}
+
 // kVectorWords bytes as words.
 inline Vector LoadWords(const Byte* from) {
 #ifdef __AVX2__
