@@ -4,6 +4,7 @@
 Each call works on an input that was put in place before; only the call is timed, less what a refused call takes.
 """
 import ctypes
+import math
 import os
 import pathlib
 import resource
@@ -26,6 +27,7 @@ RemoveImageBorder = _native._declare(library.RemoveImageBorder, ctypes.c_uint8, 
 NODE_BYTES = ctypes.sizeof(_native.Node)
 OPTIONS = _native.GroupingOptions(0, 0, _native.SPLIT_WIDE)
 SPECK, CELL = 2, 14  # pixels: the noise filter's largest component; a cell of a page of specks
+TURN = 30.0  # degrees
 SIZES = {"card": (1063, 650), "large": (4000, 3000)}
 WALK_BYTES = 1 << 29  # more than the caches keep of a process
 _walked = None
@@ -97,12 +99,12 @@ def binarized(mode, function=library.Binarized):
     return Input, "gray", lambda it: function(it.dib.handle, it.result, mode)
 
 
-def rotated(kind, angle=30.0):
-    return Input, kind, lambda it: library.RotateImageFree(it.dib.handle, angle, 0, it.result)
+def rotated(kind):
+    return Input, kind, lambda it: library.RotateImageFree(it.dib.handle, TURN, 0, it.result)
 
 
 def rotated_twice(it):
-    it.copy = RotateFree(it.dib.handle, 30.0, 0, it.result)
+    it.copy = RotateFree(it.dib.handle, TURN, 0, it.result)
     return it.copy
 
 
@@ -147,11 +149,11 @@ def grouped(mode):
 
 
 def true_line(it):
-    return library.FindTrueLineRect(it.dib.record, OPTIONS).top + 1
+    return library.FindTrueLineRect(it.dib.record, OPTIONS).top
 
 
 def logo(it):
-    return library.FindCardLogo(it.dib.record, it.store.header).top + 1
+    return library.FindCardLogo(it.dib.record, it.store.header).top
 
 
 def analyse(it):
@@ -322,7 +324,7 @@ def floor_ns(export, page, reached):
 
 
 def _turned_pixels(height, width):
-    sine, cosine = 0.5, 0.75 ** 0.5
+    sine, cosine = math.sin(math.radians(TURN)), math.cos(math.radians(TURN))
     return int((width * cosine + height * sine) * (height * cosine + width * sine))
 
 
@@ -354,10 +356,10 @@ def growth(modes):
 
 
 def components(_):
-    """Warm and cold nanoseconds by the number of components."""
+    """Warm and cold nanoseconds by the number of components; a full store has no room for blocks, which is refused at the end."""
     result = {name: [] for name in STORE_CALLS}
     for count in (1000, 4000, 16000, 65533):
         page = specks(count)
         for name, call in STORE_CALLS.items():
-            result[name].append((count, warm(call, page)[0], min(cold(call, page) for _ in range(3))))
+            result[name].append((count, warm(call, page, may_refuse=count > 60000)[0], min(cold(call, page) for _ in range(3))))
     return result
