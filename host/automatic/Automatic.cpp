@@ -62,13 +62,14 @@ double ShareInRows(const Pass& pass) {
     return all == 0 ? 0 : static_cast<double>(inRows) / static_cast<double>(all);
 }
 
-// Letters in rows, and marks no larger than those: dots, accents, signs.
+// Letters in rows without the frames around some, and marks no larger than letters: dots, accents, signs.
 std::vector<bool> MarkText(const Pass& pass) {
     std::vector<bool> isText(pass.isLetter.size());
     for (std::size_t i = 0; i < isText.size(); ++i) {
         const Area& area = pass.tree.Areas()[i];
         const bool isMark = std::max(area.Width(), area.Height()) < pass.letterHeight;
-        isText[i] = pass.ink.areas[i] && (pass.isLetter[i] || isMark);
+        isText[i] =
+            pass.ink.areas[i] && (isMark || (pass.isLetter[i] && !IsFrame(pass.tree, pass.ink.areas, i)));
     }
     return isText;
 }
@@ -92,7 +93,7 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     choice.scale = std::max(1, scale);
     if (image.BitCount() == 1 && choice.scale == 1) {
         choice.wasBilevel = true;
-        return {std::move(image), {}, {}, choice, {}};
+        return {std::move(image), {}, choice, {}};
     }
     image = ToGray(std::move(image));
     Levels gray = TopDown(image);
@@ -105,14 +106,8 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     std::vector<Area> textRows = FindTextRows(pass.tree, pass.ink.areas);
     choice.dropped = DropDirt(pass.tree, pass.isLetter, pass.ink);
     choice.confidence = ShareInRows(pass);
-    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, {}, choice, std::move(textRows)};
-    if (pass.letterHeight != 0) {
-        const std::vector<bool> letters = MarkText(pass);
-        std::vector<bool> pictures(letters.size());
-        for (std::size_t i = 0; i < letters.size(); ++i) pictures[i] = pass.ink.areas[i] && !letters[i];
-        result.letters = pass.tree.Paint(letters);
-        result.pictures = pass.tree.Paint(pictures);
-    }
+    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, choice, std::move(textRows)};
+    if (pass.letterHeight != 0) result.letters = pass.tree.Paint(MarkText(pass));
     return result;
 }
 

@@ -25,8 +25,8 @@ std::string Described(const AutomaticChoice& choice);
 
 struct AutomaticResult {
     HostImage bits;
-    HostImage letters;   // of the bits those areas that are letters in rows, or lie among them
-    HostImage pictures;  // the others; both empty where there are hardly any letters
+    HostImage
+        letters;  // those areas that are letters in rows, or lie among them; empty where there are hardly any
     AutomaticChoice choice;
     // Letters that stood in rows before dirt was dropped, as places of the bits; none looked for in two
     // levels.

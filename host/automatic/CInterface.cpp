@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "automatic/Conversion.h"
+#include "automatic/LogoMark.h"
 #include "tavrix/automatic.h"
 
 using namespace host;
@@ -74,11 +75,30 @@ extern "C" __attribute__((visibility("default"))) std::int32_t TavrixReadAutomat
         if (!conversion) return 0;
         std::string warnings;
         for (const std::string& warning : conversion->warnings) warnings += warning + "\n";
-        *result = {Released(conversion->bits), Released(conversion->letters),  Released(conversion->pictures),
-                   conversion->scale,          conversion->choice->confidence, {}};
+        *result = {Released(conversion->bits),
+                   Released(conversion->letters),
+                   conversion->scale,
+                   conversion->choice->confidence,
+                   {}};
         warnings.copy(result->warnings, sizeof result->warnings - 1);
         return 1;
     } catch (...) {  // out of memory, or enlarged beyond what the library takes
+        return 0;
+    }
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t TavrixFindLogo(HGLOBAL image, LogoRect* logo) {
+    if (logo == nullptr) return 0;
+    try {
+        const std::optional<HostImage> bits = Read(image);
+        if (!bits || bits->BitCount() != 1) return 0;
+        const std::optional<Box> box = FindLogoMark(*bits);
+        if (!box) return 0;
+        const auto row = [&bits](int y) { return static_cast<std::int16_t>(bits->Height() - 1 - y); };
+        *logo = {static_cast<std::int16_t>(box->left), row(box->top), static_cast<std::int16_t>(box->right),
+                 row(box->bottom), 0};
+        return 1;
+    } catch (...) {
         return 0;
     }
 }

@@ -61,7 +61,6 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.choice = result.choice;
         conversion.bits = std::move(result.bits);
         conversion.letters = std::move(result.letters);
-        conversion.pictures = std::move(result.pictures);
         textRows = std::move(result.textRows);
     } else {
         if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first

@@ -22,7 +22,7 @@ struct ConversionOptions {
 
 struct Conversion {
     HostImage bits;
-    HostImage letters, pictures;  // see AutomaticResult; empty under other modes
+    HostImage letters;  // see AutomaticResult; empty under other modes
     int scale = 1;
     std::optional<AutomaticChoice> choice;  // of the automatic mode
     std::vector<std::string> warnings;      // what may have got lost, in plain words

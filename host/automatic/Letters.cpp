@@ -14,6 +14,7 @@ constexpr int kMinCover = 8;           // per cent of its box that a letter cove
 constexpr double kLikeHeight = 0.6;    // of the higher one of two neighbours
 constexpr double kGap = 1.2;           // between neighbours, in heights of the higher one
 constexpr double kOverlap = 0.6;       // that neighbours have in common, of the lower one's height
+constexpr double kFrameCover = 0.2;    // of its box that a frame covers at most
 constexpr double kMinComplexity = 26;  // contour squared by pixels
 static_assert(kGap <= kLikeHeight * kNeighbourReach);
 
@@ -65,6 +66,31 @@ std::vector<bool> FindLetters(const AreaTree& tree) {
         }
     }
     return isLetter;
+}
+
+int CountStrokesIn(const AreaTree& tree, const std::vector<bool>& isMarked, std::size_t index) {
+    const Area& box = tree.Areas()[index];
+    int count = 0;
+    for (int y = box.top; y <= box.bottom; ++y) {
+        const AreaTree::Run* rowEnd = tree.Row(y + 1) - 1;
+        const auto* run = std::lower_bound(tree.Row(y), rowEnd, box.left,
+                                           [](const AreaTree::Run& r, int x) { return r.start < x; });
+        for (std::size_t last = index; run < rowEnd && run->start <= box.right; ++run) {
+            const auto k = static_cast<std::size_t>(run->area);
+            const Area& area = tree.Areas()[k];
+            // An area is met in several runs of its middle row.
+            if (k == index || k == last || !isMarked[k] || (area.top + area.bottom) / 2 != y) continue;
+            if (HasStrokes(area)) ++count;
+            last = k;
+        }
+    }
+    return count;
+}
+
+bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index) {
+    const Area& area = tree.Areas()[index];
+    return static_cast<double>(area.pixels) < kFrameCover * area.Width() * area.Height() &&
+           CountStrokesIn(tree, isInk, index) >= kMinFramed;
 }
 
 int TypicalHeight(const AreaTree& tree, const std::vector<bool>& isLetter, const std::vector<bool>& isInk) {

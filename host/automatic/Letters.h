@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "automatic/AreaTree.h"
@@ -25,6 +26,15 @@ bool HasStrokes(const Area& area);
 
 // Which areas look like letters: of such a shape, with a neighbour. Light ones count as dark ones do.
 std::vector<bool> FindLetters(const AreaTree& tree);
+
+// How many of the marked areas, none but those with strokes, have their middle in an area's box, itself left
+// out.
+int CountStrokesIn(const AreaTree& tree, const std::vector<bool>& isMarked, std::size_t index);
+
+// Whether what looks like a letter is a frame around some ink: credit cards and other signs that stand in a
+// row.
+inline constexpr int kMinFramed = 3;
+bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index);
 
 // The middle one of the letters' heights, for those of the areas that are marked in both; 0 where there are
 // fewer than kFewLetters.

@@ -21,10 +21,9 @@ int32_t TavrixBinarizeAutomatically(HGLOBAL image, DibRecord* result, int32_t sc
    not null. */
 typedef struct TavrixAutomatic {
     DibRecord bits;
-    /* Of the bits the letters in rows and the marks among them, and everything else: text lines are looked for
-       in the one, a logo in the other. All null where there are hardly any letters. */
+    /* Of the bits the letters in rows and the marks among them, where text lines are looked for. All null where
+       there are hardly any letters. */
     DibRecord letters;
-    DibRecord pictures;
     int32_t scale;
     double confidence;
     char warnings[256]; /* how the result may have lost text, each ended by a new line; mostly empty */
@@ -32,6 +31,11 @@ typedef struct TavrixAutomatic {
 
 /* As TavrixBinarizeAutomatically, with all of it. Returns 1, or 0 on failure with the result untouched. */
 int32_t TavrixReadAutomatically(HGLOBAL image, int32_t scale, TavrixAutomatic* result);
+
+/* Where the logo of a card is that is black on white: the bits of one of these results, or any other image of
+   1 bit. Returns 1 with the box, rows counted from the bottom as FindCardLogo does; 0 where there is none, and on
+   failure. */
+int32_t TavrixFindLogo(HGLOBAL image, LogoRect* logo);
 
 #ifdef __cplusplus
 }

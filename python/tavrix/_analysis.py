@@ -6,7 +6,8 @@ from __future__ import annotations
 from typing import List, Optional, Tuple, Union
 
 from ._dib import Dib, array_of
-from ._native import (MEASURE_FROM_LEFT, SELECT_ALL_LINES, SELECT_JOIN_PIECES, SPLIT_WIDE, GroupingOptions, library)
+from ._native import (MEASURE_FROM_LEFT, SELECT_ALL_LINES, SELECT_JOIN_PIECES, SPLIT_WIDE, BlockRect, GroupingOptions,
+                      automatic, library)
 from ._operations import page_of
 from ._pictures import Picture, pixels
 from ._results import Block, Box, Card, Component, Line
@@ -52,11 +53,10 @@ def _true_line(bits, options):
     return _box(library.FindTrueLineRect(bits.record, options), bits.height)
 
 
-def _logo(page):
-    return (_logo_in(page.pictures) if page.pictures else None) or _logo_in(page.bits)
-
-
-def _logo_in(bits):
+def _logo(bits, mode):
+    if mode == "auto":
+        found = BlockRect()
+        return _box(found, bits.height) if automatic("TavrixFindLogo")(bits.handle, found) else None
     with extracted(bits) as store:
         _filtered(store, bits, _SPECK, False)
         library.Grouping(bits.record, store.header, None, GROUPINGS["aligned"], 0, 0)
@@ -116,7 +116,7 @@ def true_line(picture: Picture, mode: Mode = "auto", *, join_pieces: bool = Fals
 
 def logo(picture: Picture, mode: Mode = "auto") -> Optional[Box]:
     """The box that most likely holds the logo, or None. Raises as binarize."""
-    return _logo(page_of(pixels(picture), mode))
+    return _logo(page_of(pixels(picture), mode).bits, mode)
 
 
 def card(picture: Picture, mode: Mode = "auto", width: Optional[int] = None, height: Optional[int] = None, *,
@@ -125,4 +125,4 @@ def card(picture: Picture, mode: Mode = "auto", width: Optional[int] = None, hei
     page = page_of(pixels(picture, width, height), mode)
     return Card(array_of(page.bits), _blocks(page.bits, noise=_SPECK, line_noise=True, grouping=GROUPINGS["text"]),
                 _lines(page.text, _options(True, join_pieces, split_wide)),
-                _true_line(page.text, _options(False, join_pieces, split_wide)), _logo(page))
+                _true_line(page.text, _options(False, join_pieces, split_wide)), _logo(page.bits, mode))

@@ -52,7 +52,7 @@ class TrueLineRect(ctypes.Structure):
 
 
 class AutomaticRecord(ctypes.Structure):
-    _fields_ = [("bits", Record), ("letters", Record), ("pictures", Record), ("scale", c_int32),
+    _fields_ = [("bits", Record), ("letters", Record), ("scale", c_int32),
                 ("confidence", c_double), ("warnings", ctypes.c_char * 256)]
 
 
@@ -73,6 +73,12 @@ _RESULTS_AND_ARGUMENTS = {
     "RotateImageBlock": (c_int16, [Record, BlockRect, c_int32, POINTER(Record)]),
     "Morphology": (c_uint8, [c_void_p, POINTER(Record), c_int32]),
     "CopyImgWithWhiteSurr": (c_int16, [POINTER(Record), POINTER(c_int32)]),
+}
+
+
+_ARGUMENTS_OF_AUTOMATIC = {
+    "TavrixReadAutomatically": [c_void_p, c_int32, POINTER(AutomaticRecord)],
+    "TavrixFindLogo": [c_void_p, POINTER(BlockRect)],
 }
 
 
@@ -104,13 +110,13 @@ def _load():
 
 
 @functools.lru_cache(maxsize=None)
-def automatic():
-    """TavrixReadAutomatically."""
+def automatic(name):
+    """A function of the automatic mode."""
     try:
-        function = _open("libtavrixauto.so.1").TavrixReadAutomatically
+        function = getattr(_open("libtavrixauto.so.1"), name)
     except (OSError, AttributeError) as error:
         raise Error(f"mode auto needs libtavrixauto ({error}); install it, or name another mode") from None
-    return _declare(function, c_int32, [c_void_p, c_int32, POINTER(AutomaticRecord)])
+    return _declare(function, c_int32, _ARGUMENTS_OF_AUTOMATIC[name])
 
 
 @functools.lru_cache(maxsize=None)

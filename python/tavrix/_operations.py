@@ -44,7 +44,6 @@ class Page(NamedTuple):
 
     bits: Dib
     letters: Optional[Dib] = None
-    pictures: Optional[Dib] = None
     scale: int = 1
     confidence: float = 0.0
     warnings: Tuple[str, ...] = ()
@@ -65,10 +64,9 @@ def choose(array, scale=1):
     if max(dib.width, dib.height) * scale > MAX_SIDE:
         raise ValueError(f"a picture of {dib.width} x {dib.height} is too large for scale {scale}: take a smaller one")
     found = AutomaticRecord()
-    bits = Dib.of_result(automatic()(dib.handle, scale, found) == 1, found.bits)
-    letters, pictures = (Dib.of_result(True, record) if record.header else None
-                         for record in (found.letters, found.pictures))
-    return Page(bits, letters, pictures, found.scale, found.confidence, tuple(found.warnings.decode().splitlines()))
+    bits = Dib.of_result(automatic("TavrixReadAutomatically")(dib.handle, scale, found) == 1, found.bits)
+    letters = Dib.of_result(True, found.letters) if found.letters.header else None
+    return Page(bits, letters, found.scale, found.confidence, tuple(found.warnings.decode().splitlines()))
 
 
 def page_of(array, mode, scale=1):

@@ -172,7 +172,7 @@ TEST(AutomaticTest, KeepsLettersAndPicturesApart) {
     const cv::Rect mark(520, 300, 120, 120);
     cv::rectangle(page.gray, mark, cv::Scalar(60), 12);
     const Conversion conversion = ToBlackAndWhite(ImageOf(page.gray), {});
-    const cv::Mat pictures = InkOf(conversion.pictures);
+    const cv::Mat pictures = InkOf(conversion.bits) & ~InkOf(conversion.letters);
     EXPECT_GE(Covered(page.glyphs, InkOf(conversion.letters)), 0.95);
     EXPECT_GT(cv::countNonZero(pictures), 4000);
     EXPECT_EQ(cv::boundingRect(pictures) | mark, cv::boundingRect(pictures));
@@ -259,6 +259,8 @@ TEST(CInterfaceTest, LeavesTheHostsLocksAsTheyWere) {
         image.Record().header->biBitCount = static_cast<std::uint16_t>(bitCount);
         TavrixAutomatic result = {};
         EXPECT_EQ(TavrixReadAutomatically(image.Handle(), scale, &result), isRead);
+        LogoRect logo = {};
+        EXPECT_EQ(TavrixFindLogo(image.Handle(), &logo), 0);  // not of 1 bit
         EXPECT_EQ(GlobalFlags(image.Handle()), before);
         if (result.bits.header != nullptr) HostImage{result.bits};
     }
