@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "Pages.h"
@@ -109,7 +110,14 @@ void Compare(const char* name, const DibImage& page, int mode) {
 
 int main(int count, char** arguments) {
     using namespace tavrix;
-    const int bits = count > 1 ? std::atoi(arguments[1]) : 8;
+    const std::string_view depth = count > 1 ? arguments[1] : "8";
+    if (count > 2 || (depth != "8" && depth != "24")) {
+        std::fprintf(
+            stderr, "usage: %s [8|24]\nThe argument is the pictures' number of bits a pixel; 8 without it.\n",
+            arguments[0]);
+        return 2;
+    }
+    const int bits = depth == "8" ? 8 : 24;
     struct {
         const char* name;
         int width, height;
