@@ -18,12 +18,6 @@ unsigned PackByte(const Byte* pixels, int count, Byte limit) {
 }
 
 #ifndef TAVRIX_PLAIN_KERNELS
-// Hides a factor from the compiler, which would turn the product into a chain of shifts and sums.
-inline short Opaque(short factor) {
-    asm("" : "+r"(factor));
-    return factor;
-}
-
 // The vector code computes the rounded quotient of 299 R + 587 G + 114 B and 1000 in integers. It is what
 // GrayInDouble gives except on ties, where the sum in double may come out just below; ties are done again
 // by that. 16 bits are enough, since the sum is 8 s + r with

@@ -86,6 +86,12 @@ inline Vector Fill(int byte) {
 inline Vector FillWords(int word) {
     return TAVRIX_VECTOR(set1_epi16)(static_cast<short>(word));
 }
+// Hides a factor from the compiler, which would turn the product into a chain of shifts and sums.
+inline short Opaque(short factor) {
+    asm("" : "+r"(factor));
+    return factor;
+}
+
 inline Vector Equal(Vector a, Vector b) {
     return TAVRIX_VECTOR(cmpeq_epi8)(a, b);
 }

@@ -9,6 +9,7 @@
 
 #include "binarize/BernsenKernels.h"
 #include "binarize/LocalContrastKernels.h"
+#include "binarize/WindowColumns.h"
 #include "geometry/InterpolationKernels.h"
 #include "geometry/TurnKernels.h"
 #include "kernels/Levels.h"
@@ -99,21 +100,18 @@ TEST(WindowKernels, SlideWindowAndContrastRow) {
         }
         const int global = static_cast<int>(random() % 256);
         for (const LocalContrastKernels* kernels : test::LevelsOf<LocalContrastKernels>()) {
-            std::vector<Bytes> window(5, Bytes(count, 255));
-            std::vector<std::uint16_t> sums(count + 4, 5 * 255);
-            std::vector<std::int32_t> squares(count + 4, 5 * 255 * 255);
-            for (std::size_t i = 0; i < rows.size(); ++i) {
-                kernels->slideWindow(rows[i].data(), window[i % 5].data(), width, sums.data() + 2,
-                                     squares.data() + 2);
-                ASSERT_EQ(window[i % 5], rows[i]);
+            WindowColumns window(width);
+            for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
+                kernels->slideWindow(rows[i].data(), window.Row(i), width, window.Columns());
+                ASSERT_TRUE(std::equal(rows[i].begin(), rows[i].end(), window.Row(i)));
                 Bytes found = rows[i], expected;
                 found.push_back(77);
-                kernels->contrastRow(found.data(), width, sums.data(), squares.data(), global);
+                kernels->contrastRow(found.data(), width, window.Columns(), global);
                 for (int x = 0; x < width; ++x) {
                     double sum = 0, square = 0;
                     for (int k = 0; k < 25; ++k) {
                         const int column = x - 2 + k % 5;
-                        const int value = column >= 0 && column < width ? window[k / 5][column] : 255;
+                        const int value = column >= 0 && column < width ? window.Row(k / 5)[column] : 255;
                         sum += value;
                         square += value * value;
                     }
