@@ -157,12 +157,14 @@ ColumnTable::ColumnTable(const Turn& turn, const DibImage& source) {
     }
 }
 
-// A row of the result and its runs of columns: those with a source, and those among them whose neighbours all
-// lie in the source.
+// A row of the result and its runs of columns: those with a source, those among them whose neighbours all lie
+// in the source, and those of the latter that may use the table of columns. Where a position is rounded up to
+// a whole pixel the table has the one before it, so that the source's first rows go without.
 struct RowPlan {
     TurnedRow row;
     Span covered;
     Span inner;
+    Span tabled;
 };
 
 RowPlan PlanRow(const Turn& turn, const DibImage& source, int y) {
@@ -188,17 +190,26 @@ RowPlan PlanRow(const Turn& turn, const DibImage& source, int y) {
     // All but the columns that reach the source's last two rows run unchecked.
     const int lowest = source.Height() - 2;
     const auto isInner = [&](int x) { return sourceY(x) < lowest; };
+    constexpr int kFirstTabled = 2;
+    const auto isTabled = [&](int x) { return sourceY(x) >= kFirstTabled; };
     Span inner = covered;
     if (risingY) {
         inner.last = Boundary(covered, columnOfY(lowest), isInner);
     } else {
         inner.first = Boundary(covered, columnOfY(lowest), [&](int x) { return !isInner(x); });
     }
-    return {row, covered, inner};
+    Span tabled = inner;
+    if (risingY) {
+        tabled.first = Boundary(inner, columnOfY(kFirstTabled), [&](int x) { return !isTabled(x); });
+    } else {
+        tabled.last = Boundary(inner, columnOfY(kFirstTabled), isTabled);
+    }
+    return {row, covered, inner, tabled};
 }
 
-// Draws what surrounds the inner columns of a row.
-void DrawSurround(const RowPlan& plan, const DibImage& source, int width, std::uint8_t* target) {
+// Draws what surrounds the tabled columns of a row.
+void DrawSurround(const RowPlan& plan, const DibImage& source, InterpolationKernels::Interpolate* interpolate,
+                  int width, std::uint8_t* target) {
     const int pixelBytes = source.header->biBitCount / 8;
     const auto fill = [&](int first, int last) {
         std::memset(target + first * pixelBytes, kBackground,
@@ -207,8 +218,13 @@ void DrawSurround(const RowPlan& plan, const DibImage& source, int width, std::u
     const auto draw = [&](int first, int last) {
         for (int x = first; x < last; ++x) InterpolatePixel(plan.row, source, x, pixelBytes, target);
     };
+    const auto drawInner = [&](int first, int last) {
+        if (first < last) interpolate(plan.row, {}, source.bits, source.RowBytes(), first, last, target);
+    };
     fill(0, plan.covered.first);
     draw(plan.covered.first, plan.inner.first);
+    drawInner(plan.inner.first, plan.tabled.first);
+    drawInner(plan.tabled.last, plan.inner.last);
     draw(plan.inner.last, plan.covered.last);
     fill(plan.covered.last, width);
 }
@@ -232,12 +248,12 @@ void DrawTurned(const Turn& turn, const DibImage& source, DibImage& result) {
         band.clear();
         for (int y = top; y < std::min(top + kTileHeight, turn.height); ++y) {
             band.push_back(PlanRow(turn, source, y));
-            DrawSurround(band.back(), source, turn.width, result.Row(y));
+            DrawSurround(band.back(), source, interpolate, turn.width, result.Row(y));
         }
         for (int left = 0; left < turn.width; left += kTileWidth) {
             for (std::size_t i = 0; i < band.size(); ++i) {
-                const int first = std::max(left, band[i].inner.first);
-                const int last = std::min(left + kTileWidth, band[i].inner.last);
+                const int first = std::max(left, band[i].tabled.first);
+                const int last = std::min(left + kTileWidth, band[i].tabled.last);
                 if (first >= last) continue;
                 interpolate(band[i].row, columns, source.bits, source.RowBytes(), first, last,
                             result.Row(top + static_cast<int>(i)));

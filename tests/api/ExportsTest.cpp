@@ -193,6 +193,17 @@ TEST_P(Exports, EndWellAndRepeat) {
 
 INSTANTIATE_TEST_SUITE_P(All, Exports, testing::ValuesIn(ExportCalls()), TestNameOf);
 
+// By so little that all positions are rounded to whole pixels, those of the first row from above it.
+TEST(RotateImageFree, LeavesAPictureAsItIsWhenTheAngleIsNextToNone) {
+    const HostImage gray = HostImage::Drawn(2000, 600, 8);
+    for (const int clockwise : {0, 1}) {
+        DibRecord turned{};
+        ASSERT_EQ(RotateImageFree(gray.Handle(), 1e-16, clockwise, &turned), 1);
+        EXPECT_EQ(std::memcmp(turned.bits, gray.Record().bits, 2000 * 600), 0) << clockwise;
+        GlobalFree(GlobalHandle(turned.header));
+    }
+}
+
 TEST(Arguments, AreRefusedWhereNothingCanBeMadeOfThem) {
     const HostImage bits = HostImage::Drawn(50, 20, 1), gray = HostImage::Drawn(30, 20, 8);
     const HostImage huge(kMaxSide, 300, 8), wide(kMaxSide - 9, 1, 1);
