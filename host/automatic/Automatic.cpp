@@ -69,7 +69,8 @@ std::vector<bool> MarkText(const Pass& pass) {
         const Area& area = pass.tree.Areas()[i];
         const bool isMark = std::max(area.Width(), area.Height()) < pass.letterHeight;
         isText[i] =
-            pass.ink.areas[i] && (isMark || (pass.isLetter[i] && !IsFrame(pass.tree, pass.ink.areas, i)));
+            pass.ink.areas[i] &&
+            (isMark || (pass.isLetter[i] && !IsFrame(pass.tree, pass.ink.areas, pass.letterHeight, i)));
     }
     return isText;
 }

@@ -68,9 +68,9 @@ std::vector<bool> FindLetters(const AreaTree& tree) {
     return isLetter;
 }
 
-int CountStrokesIn(const AreaTree& tree, const std::vector<bool>& isMarked, std::size_t index) {
+Contents ContentsOf(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index) {
     const Area& box = tree.Areas()[index];
-    int count = 0;
+    Contents contents;
     for (int y = box.top; y <= box.bottom; ++y) {
         const AreaTree::Run* rowEnd = tree.Row(y + 1) - 1;
         const auto* run = std::lower_bound(tree.Row(y), rowEnd, box.left,
@@ -79,18 +79,23 @@ int CountStrokesIn(const AreaTree& tree, const std::vector<bool>& isMarked, std:
             const auto k = static_cast<std::size_t>(run->area);
             const Area& area = tree.Areas()[k];
             // An area is met in several runs of its middle row.
-            if (k == index || k == last || !isMarked[k] || (area.top + area.bottom) / 2 != y) continue;
-            if (HasStrokes(area)) ++count;
+            if (k == index || k == last || !isInk[k] || (area.top + area.bottom) / 2 != y) continue;
             last = k;
+            const bool isInside = area.left >= box.left && area.right <= box.right && area.top >= box.top &&
+                                  area.bottom <= box.bottom;
+            if (!isInside || !HasStrokes(area)) continue;
+            ++contents.count;
+            contents.tallest = std::max(contents.tallest, area.Height());
         }
     }
-    return count;
+    return contents;
 }
 
-bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index) {
+bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, int letterHeight, std::size_t index) {
     const Area& area = tree.Areas()[index];
-    return static_cast<double>(area.pixels) < kFrameCover * area.Width() * area.Height() &&
-           CountStrokesIn(tree, isInk, index) >= kMinFramed;
+    if (static_cast<double>(area.pixels) >= kFrameCover * area.Width() * area.Height()) return false;
+    const Contents contents = ContentsOf(tree, isInk, index);
+    return contents.count >= kMinFramed || contents.tallest >= letterHeight;
 }
 
 int TypicalHeight(const AreaTree& tree, const std::vector<bool>& isLetter, const std::vector<bool>& isInk) {

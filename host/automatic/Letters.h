@@ -27,14 +27,17 @@ bool HasStrokes(const Area& area);
 // Which areas look like letters: of such a shape, with a neighbour. Light ones count as dark ones do.
 std::vector<bool> FindLetters(const AreaTree& tree);
 
-// How many of the marked areas, none but those with strokes, have their middle in an area's box, itself left
-// out.
-int CountStrokesIn(const AreaTree& tree, const std::vector<bool>& isMarked, std::size_t index);
+// What lies in an area's box: areas with strokes, and the height of the tallest one.
+struct Contents {
+    int count = 0;
+    int tallest = 0;
+};
+Contents ContentsOf(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index);
 
-// Whether what looks like a letter is a frame around some ink: credit cards and other signs that stand in a
-// row.
+// Whether what looks like a letter is a frame around others, or around something as tall as letters are:
+// credit cards and other signs that stand in a row.
 inline constexpr int kMinFramed = 3;
-bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, std::size_t index);
+bool IsFrame(const AreaTree& tree, const std::vector<bool>& isInk, int letterHeight, std::size_t index);
 
 // The middle one of the letters' heights, for those of the areas that are marked in both; 0 where there are
 // fewer than kFewLetters.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 #include "automatic/AreaTree.h"
@@ -12,14 +13,16 @@ namespace host {
 namespace {
 
 constexpr double kMaxWidth = 0.6, kMaxHeight = 0.5;  // of the picture's, that a mark or a logo has
+constexpr double kMaxUpright = 0.75;                 // the same width in upright photographs of cards
 constexpr int kMaxSlimness = 20;                     // of a mark; slimmer things are rules
 constexpr double kMinMark = 0.5;                     // letter heights, the longer side of a mark...
 constexpr double kMinLogo = 2;                       // ...and the shorter one of a logo
-constexpr int kLettersOnShort =
-    40;                         // letter heights in the picture's shorter side, where there are no letters
-constexpr int kMaxOnLight = 1;  // letters on a light mark; a panel for text has more
-constexpr double kTall = 1.5;   // letter heights: type of that size is looked at again
+constexpr int kLettersOnShort = 40;   // letter heights in the shorter side of a picture without letters
+constexpr int kMaxOnLight = 1;        // letters on a light mark; a panel for text has more
+constexpr double kTall = 1.5;         // letter heights: type of that size is looked at again
 constexpr double kMinLikeness = 0.6;  // of heights in a row, and of what they have in common
+constexpr double kMinAscender = 0.5;  // of heights within a word...
+constexpr double kSpacing = 0.3;      // ...whose letters are so near, in heights of the lower one
 constexpr int kRowReach = 3;          // heights to the left and to the right
 constexpr int kMinRow = 2;            // other letters that make a row
 constexpr double kBlock = 0.8;        // of its box that a block covers, in place of strokes
@@ -73,7 +76,7 @@ std::vector<bool> MarkDark(const std::vector<Area>& areas) {
 struct Mark {
     Box box;
     std::int64_t ink;
-    bool hasText;
+    bool standsAlone;  // a frame, or with text of its own
 };
 
 class LogoSearch {
@@ -106,7 +109,7 @@ class LogoSearch {
         std::vector<std::size_t> candidates;
         lettersOn.resize(areas.size());
         for (std::size_t i = 0; i < areas.size(); ++i) {
-            const bool isText = areas[i].isDark && isLetter[i] && !IsFrame(tree, isDark, i);
+            const bool isText = areas[i].isDark && isLetter[i] && !IsFrame(tree, isDark, letterHeight, i);
             if (isText) letters.push_back(i);
             if (isText && areas[i].parent >= 0) ++lettersOn[static_cast<std::size_t>(areas[i].parent)];
             if (MayBeMark(areas[i]) && (!isText || areas[i].Height() >= letterHeight))
@@ -119,15 +122,16 @@ class LogoSearch {
         for (const std::size_t i : candidates) {
             isMark[i] = areas[i].isDark ? !StandsInRow(i) : IsLightMark(i);
             if (isMark[i] && marks.size() < kMostMarks)
-                marks.push_back(
-                    {BoxOf(areas[i]), areas[i].pixels, CountStrokesIn(tree, isLetter, i) >= kMinFramed});
+                marks.push_back({BoxOf(areas[i]), areas[i].pixels,
+                                 IsFrame(tree, isDark, letterHeight, i) ||
+                                     ContentsOf(tree, isLetter, i).count >= kMinFramed});
         }
         std::erase_if(letters, [&isMark](std::size_t i) { return isMark[i]; });
     }
 
     bool Fits(const Box& box) const {
         return WidthOf(box) < kMaxWidth * std::max(tree.Width(), tree.Height()) &&
-               HeightOf(box) <= kMaxHeight * tree.Height();
+               WidthOf(box) < kMaxUpright * tree.Width() && HeightOf(box) <= kMaxHeight * tree.Height();
     }
 
     bool MayBeMark(const Area& area) const {
@@ -150,17 +154,19 @@ class LogoSearch {
         const Area& area = areas[index];
         if (area.Height() >= letterHeight && area.Thickness() > kSolid * area.Height()) return false;
         if (isLetter[index] && area.Height() < kTall * letterHeight) return true;
-        return std::count_if(letters.begin(), letters.end(), [&](std::size_t i) {
-                   const Area& other = areas[i];
-                   const int higher = std::max(area.Height(), other.Height());
-                   const int lower = std::min(area.Height(), other.Height());
-                   const int common = std::min(area.bottom, other.bottom) - std::max(area.top, other.top) + 1;
-                   const int gap = std::max(area.left, other.left) - std::min(area.right, other.right) - 1;
-                   const bool isBlock =
-                       static_cast<double>(other.pixels) > kBlock * other.Width() * other.Height();
-                   return i != index && !isBlock && lower >= kMinLikeness * higher &&
-                          common >= kMinLikeness * lower && gap <= kRowReach * higher;
-               }) >= kMinRow;
+        int row = 0;
+        for (const std::size_t i : letters) {
+            const Area& other = areas[i];
+            const int higher = std::max(area.Height(), other.Height());
+            const int lower = std::min(area.Height(), other.Height());
+            const int common = std::min(area.bottom, other.bottom) - std::max(area.top, other.top) + 1;
+            const int gap = std::max(area.left, other.left) - std::min(area.right, other.right) - 1;
+            const bool isBlock = static_cast<double>(other.pixels) > kBlock * other.Width() * other.Height();
+            if (i == index || isBlock || common < kMinLikeness * lower) continue;
+            if (lower >= kMinAscender * higher && std::abs(gap) <= kSpacing * lower) return true;
+            if (lower >= kMinLikeness * higher && gap <= kRowReach * higher) ++row;
+        }
+        return row >= kMinRow;
     }
 
     // The mark with all that lie near, and near those; text between them keeps them apart.
@@ -179,7 +185,7 @@ class LogoSearch {
 
     bool BelongTogether(const Box& group, const Mark& mark) const {
         const Box joined = Around(group, mark.box);
-        const double reach = mark.hasText ? 0 : kReach * std::max(WidthOf(mark.box), HeightOf(mark.box));
+        const double reach = mark.standsAlone ? 0 : kReach * std::max(WidthOf(mark.box), HeightOf(mark.box));
         return GapOf(group, mark.box) <= reach && Fits(joined) &&
                std::none_of(letters.begin(), letters.end(), [&](std::size_t i) {
                    return Holds(joined, areas[i]) && !Holds(group, areas[i]) && !Holds(mark.box, areas[i]);

@@ -115,7 +115,11 @@ const std::vector<Card> kCards = {
          cv::ellipse(card, {600, 100}, {80, 50}, 0, 0, 360, {50}, 14);
          for (int i = 0; i < 4; ++i) {
              cv::rectangle(card, {60 + 130 * i, 180, 120, 70}, {50}, 2);
-             Write(card, {70 + 130 * i, 222}, 0.5, 50, "Karte " + std::to_string(i));
+             if (i % 2 == 0) {
+                 Write(card, {70 + 130 * i, 222}, 0.5, 50, "Karte " + std::to_string(i));
+             } else {
+                 cv::circle(card, {120 + 130 * i, 215}, 20, {50}, 6);
+             }
          }
          WriteAddress(card, 330, 50);
      },
