@@ -9,7 +9,6 @@
 #include "automatic/Ink.h"
 #include "automatic/Letters.h"
 #include "automatic/Levelling.h"
-#include "automatic/TextRows.h"
 #include "operations/Operations.h"
 #include "picture/Scaling.h"
 
@@ -104,17 +103,22 @@ AutomaticResult BinarizeAutomatically(HostImage image, int scale) {
     if (choice.scale != 1) gray = TopDown(Scaled(std::move(image), choice.scale));
     if (pass.letterHeight != 0 || choice.scale != 1) pass = Read(gray, choice.scale * pass.letterHeight);
     choice.grounds = pass.ink.grounds;
-    std::vector<Area> textRows = FindTextRows(pass.tree, pass.ink.areas);
+    std::vector<Area> textLetters = FindTextLetters(pass.tree, pass.ink.areas);
     choice.dropped = DropDirt(pass.tree, pass.isLetter, pass.ink);
     choice.confidence = ShareInRows(pass);
-    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, choice, std::move(textRows)};
+    AutomaticResult result = {pass.tree.Paint(pass.ink.areas), {}, choice, std::move(textLetters)};
     if (pass.letterHeight != 0) result.letters = pass.tree.Paint(MarkText(pass));
     return result;
 }
 
-std::vector<Area> FindTextRows(const HostImage& gray) {
+std::vector<Area> FindTextLetters(const HostImage& gray) {
     const Pass pass = Read(TopDown(gray), 0);
-    return FindTextRows(pass.tree, pass.ink.areas);
+    return FindTextLetters(pass.tree, pass.ink.areas);
+}
+
+TextReading ReadText(const HostImage& gray) {
+    const Pass pass = Read(TopDown(gray), 0);
+    return {pass.tree.Paint(pass.ink.areas), FindTextRows(pass.tree, pass.ink.areas)};
 }
 
 int ScaleFor(const HostImage& gray) {

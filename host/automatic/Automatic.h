@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "automatic/AreaTree.h"
+#include "automatic/TextRows.h"
 #include "picture/HostImage.h"
 
 namespace host {
@@ -30,15 +30,21 @@ struct AutomaticResult {
     AutomaticChoice choice;
     // Letters that stood in rows before dirt was dropped, as places of the bits; none looked for in two
     // levels.
-    std::optional<std::vector<Area>> textRows;
+    std::optional<std::vector<Area>> textLetters;
 };
 
 // Black and white with as much of the text as can be had (docs/modes.md has the steps). scale: the
 // result's sides in those of the picture; 0: twice where the letters are small.
 AutomaticResult BinarizeAutomatically(HostImage image, int scale = 1);
 
-// The letters of a gray picture that stand in rows.
-std::vector<Area> FindTextRows(const HostImage& gray);
+// The letters of a gray picture that stand in rows, level ones or else those on their side.
+std::vector<Area> FindTextLetters(const HostImage& gray);
+
+struct TextReading {
+    HostImage ink;
+    std::vector<TextRow> rows;  // level or aslant
+};
+TextReading ReadText(const HostImage& gray);
 
 // 2 for a gray picture whose letters are small, else 1.
 int ScaleFor(const HostImage& gray);

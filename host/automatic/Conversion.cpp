@@ -47,7 +47,7 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.scale = !isChosen ? options.scale : wasBilevel ? 1 : ScaleFor(ToGray(image));
         if (conversion.scale > 1) image = Scaled(std::move(image), conversion.scale);
     }
-    std::optional<std::vector<Area>> textRows;
+    std::optional<std::vector<Area>> textLetters;
     const HostImage before = wasBilevel && conversion.scale == 1 ? HostImage() : ToGray(image);
     // Otsu's criterion is the same for every threshold between two levels; the library's tie leaves none.
     const bool isSplit = !wasBilevel && (isAutomatic ? options.scale : conversion.scale) == 1 &&
@@ -61,12 +61,12 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.choice = result.choice;
         conversion.bits = std::move(result.bits);
         conversion.letters = std::move(result.letters);
-        textRows = std::move(result.textRows);
+        textLetters = std::move(result.textLetters);
     } else {
         if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }
-    if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits, textRows);
+    if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits, textLetters);
     return conversion;
 }
 

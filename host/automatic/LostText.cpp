@@ -103,19 +103,19 @@ void WarnOfMissing(const std::vector<Area>& letters, const HostImage& bits, int 
 }  // namespace
 
 std::vector<std::string> WarningsFor(const HostImage& gray, const HostImage& bits,
-                                     const std::optional<std::vector<Area>>& textRows) {
+                                     const std::optional<std::vector<Area>>& textLetters) {
     std::vector<std::string> warnings;
     if (std::min(gray.Width(), gray.Height()) < kShortSide) return warnings;
     const double black = BlackShare(bits);
     if (black < kNearlyBlank) warnings.emplace_back("the result is nearly blank");
     if (black > kMostlyBlack) warnings.emplace_back("the result is mostly black");
     const int scale = std::max(1, bits.Width() / gray.Width());
-    if (textRows) {
-        WarnOfMissing(*textRows, bits, 1, warnings);
+    if (textLetters) {
+        WarnOfMissing(*textLetters, bits, 1, warnings);
     } else if (IsSuspicious(gray, bits, scale)) {
-        WarnOfMissing(FindTextRows(gray), bits, scale, warnings);
+        WarnOfMissing(FindTextLetters(gray), bits, scale, warnings);
     }
-    if (textRows && textRows->empty() && black >= kNearlyBlank)
+    if (textLetters && textLetters->empty() && black >= kNearlyBlank)
         warnings.emplace_back("hardly any text was found");
     return warnings;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
 #include "automatic/Letters.h"
@@ -23,6 +24,11 @@ constexpr double kShareInRows = 0.4;      // ...that are so many of all with a n
 constexpr double kShareOfStrokes = 0.75;  // of those in rows; coins and bricks stand in rows too
 constexpr int kBand = 16;                 // pixels: neighbours are looked for in bands of that height
 
+std::size_t LettersIn(const std::vector<TextRow>& rows) {
+    return std::accumulate(rows.begin(), rows.end(), std::size_t{0},
+                           [](std::size_t count, const TextRow& row) { return count + row.size(); });
+}
+
 // What may be letters, each with those that may follow it in its row.
 class Candidates {
   public:
@@ -38,29 +44,18 @@ class Candidates {
         starts.push_back(followers.size());
     }
 
-    // Empty unless those are more than chance.
-    std::vector<Area> InRows(double slope) const {
-        std::vector<std::size_t> row(areas.size()), length(areas.size());
-        for (std::size_t i = areas.size(); i-- > 0;) {
-            const auto end = followers.begin() + static_cast<std::ptrdiff_t>(starts[i + 1]);
-            const auto next =
-                std::find_if(followers.begin() + static_cast<std::ptrdiff_t>(starts[i]), end,
-                             [&](std::size_t k) { return AreOnLine(areas[i], areas[k], slope); });
-            row[i] = next == end ? i : row[*next];
-            ++length[row[i]];
+    // Of all slopes those of the one with most letters in rows; empty where these may well be chance.
+    std::vector<TextRow> Rows() const {
+        std::vector<TextRow> best;
+        std::size_t most = 0;
+        for (const double slope : kSlopes) {
+            std::vector<TextRow> rows = RowsAlong(slope);
+            const std::size_t count = LettersIn(rows);
+            if (count <= most || !AreText(rows)) continue;
+            most = count;
+            best = std::move(rows);
         }
-        std::vector<Area> inRows;
-        for (std::size_t i = 0; i < areas.size(); ++i) {
-            if (length[row[i]] >= kRow) inRows.push_back(areas[i]);
-        }
-        const auto count = static_cast<double>(inRows.size());
-        const auto strokes = static_cast<double>(std::count_if(inRows.begin(), inRows.end(), HasStrokes));
-        const auto all = static_cast<double>(std::count(hasNeighbour.begin(), hasNeighbour.end(), true));
-        const bool isText =
-            strokes >= kShareOfStrokes * count &&
-            ((inRows.size() >= kManyInRows && count >= kShareInRows * all) ||
-             std::any_of(length.begin(), length.end(), [](std::size_t n) { return n >= kLongRow; }));
-        return isText ? inRows : std::vector<Area>();
+        return best;
     }
 
   private:
@@ -68,6 +63,45 @@ class Candidates {
 
     std::size_t BandOf(int y) const {
         return std::min(static_cast<std::size_t>(std::max(0, y) / kBand), bands.size() - 1);
+    }
+
+    std::vector<TextRow> RowsAlong(double slope) const {
+        std::vector<std::size_t> last(areas.size()), length(areas.size());
+        for (std::size_t i = areas.size(); i-- > 0;) {
+            const auto end = followers.begin() + static_cast<std::ptrdiff_t>(starts[i + 1]);
+            const auto next =
+                std::find_if(followers.begin() + static_cast<std::ptrdiff_t>(starts[i]), end,
+                             [&](std::size_t k) { return AreOnLine(areas[i], areas[k], slope); });
+            last[i] = next == end ? i : last[*next];
+            ++length[last[i]];
+        }
+        std::vector<TextRow> rows;
+        std::vector<std::size_t> rowOf(areas.size());  // by the last letter, one more than its place
+        for (std::size_t i = 0; i < areas.size(); ++i) {
+            if (length[last[i]] < kRow) continue;
+            std::size_t& row = rowOf[last[i]];
+            if (row == 0) {
+                rows.emplace_back();
+                row = rows.size();
+            }
+            rows[row - 1].push_back(areas[i]);
+        }
+        return rows;
+    }
+
+    bool AreText(const std::vector<TextRow>& rows) const {
+        std::size_t inRows = 0, longest = 0;
+        std::ptrdiff_t strokes = 0;
+        for (const TextRow& row : rows) {
+            inRows += row.size();
+            longest = std::max(longest, row.size());
+            strokes += std::count_if(row.begin(), row.end(), HasStrokes);
+        }
+        const auto all = std::count(hasNeighbour.begin(), hasNeighbour.end(), true);
+        const auto count = static_cast<double>(inRows);
+        return static_cast<double>(strokes) >= kShareOfStrokes * count &&
+               (longest >= kLongRow ||
+                (inRows >= kManyInRows && count >= kShareInRows * static_cast<double>(all)));
     }
 
     static bool AreOnLine(const Area& left, const Area& right, double slope) {
@@ -107,26 +141,32 @@ Area Transposed(Area area) {
     return area;
 }
 
+Candidates CandidatesOf(const AreaTree& tree, const std::vector<bool>& isInk, bool isSideways) {
+    const int pageHeight = isSideways ? tree.Width() : tree.Height();
+    std::vector<Area> areas;
+    for (std::size_t i = 0; i < isInk.size(); ++i) {
+        if (!isInk[i]) continue;
+        const Area area = isSideways ? Transposed(tree.Areas()[i]) : tree.Areas()[i];
+        if (HasLetterShape(area, pageHeight)) areas.push_back(area);
+    }
+    return {std::move(areas), pageHeight};
+}
+
 }  // namespace
 
-std::vector<Area> FindTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
+std::vector<TextRow> FindTextRows(const AreaTree& tree, const std::vector<bool>& isInk) {
+    return CandidatesOf(tree, isInk, false).Rows();
+}
+
+std::vector<Area> FindTextLetters(const AreaTree& tree, const std::vector<bool>& isInk) {
+    std::vector<Area> letters;
     for (const bool isSideways : {false, true}) {
-        const int pageHeight = isSideways ? tree.Width() : tree.Height();
-        std::vector<Area> areas;
-        for (std::size_t i = 0; i < isInk.size(); ++i) {
-            if (!isInk[i]) continue;
-            const Area area = isSideways ? Transposed(tree.Areas()[i]) : tree.Areas()[i];
-            if (HasLetterShape(area, pageHeight)) areas.push_back(area);
+        for (const TextRow& row : CandidatesOf(tree, isInk, isSideways).Rows()) {
+            for (const Area& letter : row) letters.push_back(isSideways ? Transposed(letter) : letter);
         }
-        const Candidates candidates(std::move(areas), pageHeight);
-        for (const double slope : kSlopes) {
-            std::vector<Area> found = candidates.InRows(slope);
-            if (found.empty()) continue;
-            if (isSideways) std::transform(found.begin(), found.end(), found.begin(), Transposed);
-            return found;
-        }
+        if (!letters.empty()) break;
     }
-    return {};
+    return letters;
 }
 
 }  // namespace host

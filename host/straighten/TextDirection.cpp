@@ -10,15 +10,20 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "straighten/Uprightness.h"
+
 namespace host {
 namespace {
 
 constexpr double kLongSide = 1600;    // pixels; more does not make directions clearer
-constexpr double kLetterHeight = 24;  // pixels that Leptonica's patterns of ascenders suit
+constexpr double kLetterHeight = 24;  // pixels, to find angles
 constexpr double kMostSide = 2400;    // pixels, to get there
 constexpr int kSurroundings = 41;     // pixels
 constexpr int kContrast = 20;         // gray levels between print and its surroundings
-constexpr float kMinUpright = 9;      // Leptonica's normalized surplus of ascenders
+constexpr int kLeastLetters = 12;     // that show which way text runs
+constexpr double kMoreLetters = 1.5;  // along it than across
+constexpr double kMinSurplus = 2.5;   // of letters for upright or upside down, in standard deviations...
+constexpr double kUpsideDown = 3.5;   // ...to turn what may be right as it is
 constexpr float kMinConfidence = 3;   // of an angle: the score of the best over that of the worst
 constexpr float kMostDegrees = 12;
 constexpr double kLeastDegrees = 0.15;  // less is not seen
@@ -94,29 +99,24 @@ cv::Mat1b Normalized(const cv::Mat1b& gray) {
     return result;
 }
 
-// How clearly text is upright (above 0) or on its head (below).
-float Uprightness(const Pix& ink) {
-    constexpr int kLeastLetters = 20;
-    float surplus = 0;
-    pixUpDownDetect(ink.get(), &surplus, kLeastLetters, 0, 0);
-    return surplus;
+HostImage ImageOf(const cv::Mat1b& gray) {
+    HostImage image(gray.cols, gray.rows, 8);
+    for (int y = 0; y < gray.rows; ++y) std::copy_n(gray.ptr(y), gray.cols, image.TopRow(y));
+    return image;
 }
 
-int QuartersOf(const Pix& dark, const Pix& light) {
-    float best = 0;
-    int quarters = 0;
-    for (const Pix* map : {&dark, &light}) {
-        const Pix& ink = *map;
-        const Pix turned(pixRotate90(ink.get(), 1));
-        const float upright = Uprightness(ink), side = Uprightness(turned);
-        const float values[] = {upright, side, -upright, -side};
-        for (int i = 0; i < 4; ++i) {
-            if (values[i] <= best) continue;
-            best = values[i];
-            quarters = i;
-        }
+// Text runs along where more of it stands in rows. A picture that is upright is worse off than one on its
+// side after a wrong turn, so it takes more to turn that.
+int QuartersOf(const cv::Mat1b& gray) {
+    cv::Mat1b sideways;
+    cv::rotate(gray, sideways, cv::ROTATE_90_CLOCKWISE);
+    const Uprightness level = UprightnessOf(ImageOf(gray)), side = UprightnessOf(ImageOf(sideways));
+    if (side.letters >= kLeastLetters && side.letters > kMoreLetters * level.letters) {
+        if (side.surplus >= kMinSurplus) return 1;
+        return side.surplus <= -kMinSurplus ? 3 : 0;
     }
-    return best >= kMinUpright ? quarters : 0;
+    const bool isLevel = level.letters >= kLeastLetters && level.letters > kMoreLetters * side.letters;
+    return isLevel && level.surplus <= -kUpsideDown ? 2 : 0;
 }
 
 double DegreesOf(const Pix& dark, const Pix& light) {
@@ -145,7 +145,7 @@ TextDirection FindTextDirection(const cv::Mat1b& gray) {
     DropLarge(darkInk);
     DropLarge(lightInk);
     Pix dark = PixOf(darkInk), light = PixOf(lightInk);
-    const int quarters = QuartersOf(dark, light);
+    const int quarters = QuartersOf(gray);
     if (quarters != 0) {
         dark.reset(pixRotateOrth(dark.get(), quarters));
         light.reset(pixRotateOrth(light.get(), quarters));

@@ -14,13 +14,16 @@ CARD, CARD_SKEW = SAMPLES / "card-colour.jpg", 0.6  # degrees
 DESKS = {"dark wood": ((70, 55, 40), 9), "gray": ((150, 152, 155), 2), "pale": ((236, 234, 230), 1)}
 
 
-def text_page(width=900, height=700, paper=(250, 249, 245), ink=(30, 30, 40), letter=2, lines=16, seed=1):
-    """Lines of lower-case words in Pillow's own font, enlarged."""
+def text_page(width=900, height=700, paper=(250, 249, 245), ink=(30, 30, 40), letter=2, lines=16, seed=1, words=WORDS, spacing=0):
+    """Lines of words in Pillow's own font, enlarged."""
     picture, font, choice = Image.new("RGB", (width, height), paper), ImageFont.load_default(), random.Random(seed)
     for i in range(lines):
-        text = " ".join(choice.choice(WORDS) for _ in range(width // (44 * letter)))
-        mask = Image.new("L", font.getbbox(text)[2:], 0)
-        ImageDraw.Draw(mask).text((0, 0), text, fill=255, font=font)
+        text = " ".join(choice.choice(words) for _ in range(width // (44 * letter)))
+        mask = Image.new("L", (font.getbbox(text)[2] + spacing * len(text), font.getbbox(text)[3]), 0)
+        x = 0
+        for character in text:
+            ImageDraw.Draw(mask).text((x, 0), character, fill=255, font=font)
+            x += font.getlength(character) + spacing * (character != " ")
         mask = mask.resize((mask.width * letter, mask.height * letter), Image.BICUBIC)
         picture.paste(ink, (width // 12, height // 12 + i * (height * 10 // 12) // lines), mask)
     return picture
@@ -87,19 +90,21 @@ class StraightenTest(CommandTest):
             self.assertLessEqual(max(errors), 0.3, (name, errors))
 
     def test_quarters(self):
-        page = text_page()
+        page, capitals = text_page(), text_page(1200, 700, lines=10, words=[word.upper() for word in WORDS], spacing=1)
         said = {0: None, 90: "a quarter to the right", 180: "upside down", 270: "a quarter to the left"}
         for angle, words in said.items():
-            remark = self.remark(page.rotate(angle, expand=True), "--straighten")
-            self.assertIn(words or "not turned", remark)
-            self.assertEqual(self.open("out.png").size, page.size)
+            for upright in capitals, page:
+                remark = self.remark(upright.rotate(angle, expand=True), "--straighten")
+                self.assertIn(words or "not turned", remark)
+                self.assertEqual(self.open("out.png").size, upright.size)
         straight = self.open("out.png").tobytes()
         self.remark(page)
         self.assertEqual(straight, self.open("out.png").tobytes(), "quarters are exact")
         for size in ((32767, 1), (32767, 40), (5, 5)):
             self.assertIn("left as it is", self.remark(Image.new("L", size, 200), "--straighten", "--crop"))
-        blank = Image.new("RGB", (300, 200), "white")
-        self.assertIn("not turned", self.remark(blank, "--straighten"))
+        figures = text_page(words=["%05d" % (i * 7919 % 100000) for i in range(1, 60)])  # stems to the right
+        for picture in figures, Image.new("RGB", (300, 200), "white"):
+            self.assertIn("not turned", self.remark(picture, "--straighten"))
 
     def test_corners(self):
         cards = {"white": text_page(850, 540, lines=7), "dark": text_page(850, 540, (40, 20, 60), (240, 230, 220), lines=6),
