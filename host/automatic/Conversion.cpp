@@ -48,7 +48,8 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         if (conversion.scale > 1) image = Scaled(std::move(image), conversion.scale);
     }
     std::optional<std::vector<Area>> textLetters;
-    const HostImage before = wasBilevel && conversion.scale == 1 ? HostImage() : ToGray(image);
+    if (image.BitCount() != 1) image = ToGray(std::move(image));
+    const HostImage before = wasBilevel ? HostImage() : image.Copy();  // the library works in its picture
     // Otsu's criterion is the same for every threshold between two levels; the library's tie leaves none.
     const bool isSplit = !wasBilevel && (isAutomatic ? options.scale : conversion.scale) == 1 &&
                          (isAutomatic || options.mode.name == "otsu");
@@ -63,7 +64,6 @@ Conversion ToBlackAndWhite(HostImage image, const ConversionOptions& options) {
         conversion.letters = std::move(result.letters);
         textLetters = std::move(result.textLetters);
     } else {
-        if (image.BitCount() == 24) image = before.Copy();  // what the library would make of it first
         conversion.bits = Binarize(std::move(image), options.mode, options.byBlocks);
     }
     if (!wasBilevel) conversion.warnings = WarningsFor(before, conversion.bits, textLetters);

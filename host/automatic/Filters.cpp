@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 
+#include "picture/EveryProcessor.h"
+
 namespace host {
 namespace {
 
@@ -82,8 +84,9 @@ Levels Smoothed(const Levels& picture, double deviation) {
 
 RowExtremes::RowExtremes(int width) : low(static_cast<std::size_t>(width) + 2), high(low.size()) {}
 
-void RowExtremes::Find(const std::uint8_t* above, const std::uint8_t* middle, const std::uint8_t* below,
-                       std::uint8_t* darkest, std::uint8_t* lightest) {
+HOST_FOR_EVERY_PROCESSOR void RowExtremes::Find(const std::uint8_t* above, const std::uint8_t* middle,
+                                                const std::uint8_t* below, std::uint8_t* darkest,
+                                                std::uint8_t* lightest) {
     const int width = static_cast<int>(low.size()) - 2;
     std::uint8_t *const lows = low.data(), *const highs = high.data();
     for (int x = 0; x < width; ++x) {

@@ -7,6 +7,7 @@
 
 #include "automatic/Automatic.h"
 #include "automatic/Filters.h"
+#include "picture/EveryProcessor.h"
 
 namespace host {
 namespace {
@@ -26,25 +27,35 @@ int CellsOf(int side) {
     return (side + kCell - 1) / kCell;
 }
 
+// Adds one where neighbours of a pixel differ much.
+HOST_FOR_EVERY_PROCESSOR void AddEdges(const std::uint8_t* dark, const std::uint8_t* light, int width,
+                                       std::uint8_t* sums) {
+    for (int x = 0; x < width; ++x) {
+        const bool isEdge = static_cast<std::uint8_t>(light[x] - dark[x]) >= kStrongEdge;
+        sums[x] = static_cast<std::uint8_t>(sums[x] + isEdge);
+    }
+}
+
 // How many pixels of strong edges every cell has.
 Levels EdgesInCells(const HostImage& gray) {
     const int width = gray.Width(), last = gray.Height() - 1;
     Levels counts(CellsOf(width), CellsOf(gray.Height()));
     RowExtremes rows(width);
     std::vector<std::uint8_t> dark(width), light(width),
-        isEdge(static_cast<std::size_t>(kCell) * counts.Width());
+        sums(static_cast<std::size_t>(kCell) * counts.Width());  // of a row of cells
     for (int y = 0; y <= last; ++y) {
         rows.Find(gray.TopRow(std::max(0, y - 1)), gray.TopRow(y), gray.TopRow(std::min(last, y + 1)),
                   dark.data(), light.data());
-        for (int x = 0; x < width; ++x)
-            isEdge[x] = static_cast<std::uint8_t>(light[x] - dark[x]) >= kStrongEdge;
+        AddEdges(dark.data(), light.data(), width, sums.data());
+        if (y % kCell != kCell - 1 && y != last) continue;
         std::uint8_t* count = counts.Row(y / kCell);
         for (int cell = 0; cell < counts.Width(); ++cell) {
             std::uint64_t eight;
-            std::memcpy(&eight, isEdge.data() + kCell * cell, sizeof eight);
-            count[cell] +=
+            std::memcpy(&eight, sums.data() + kCell * cell, sizeof eight);
+            count[cell] =
                 static_cast<std::uint8_t>(eight * 0x0101010101010101u >> 56);  // the sum of its bytes
         }
+        std::fill(sums.begin(), sums.end(), std::uint8_t{0});
     }
     return counts;
 }
@@ -52,13 +63,18 @@ Levels EdgesInCells(const HostImage& gray) {
 // Cells of the gray picture's grid that have ink in the result, or beside them.
 Levels CellsNearInk(const HostImage& bits, int columns, int rows, int scale) {
     Levels ink(columns, rows);
-    const int side = kCell * scale;
-    for (int y = 0; y < bits.Height(); ++y) {
-        const std::uint8_t* row = bits.TopRow(y);
-        std::uint8_t* cell = ink.Row(std::min(rows - 1, y / side));
-        for (int x = 0; x < bits.Width(); x += 8) {
-            const int valid = std::min(8, bits.Width() - x);
-            if ((row[x / 8] | 0xFF >> valid) != 0xFF) cell[std::min(columns - 1, x / side)] = 1;
+    std::vector<std::uint8_t> white((static_cast<std::size_t>(bits.Width()) + 7) / 8);  // in a row of cells
+    const int side = kCell * scale, rest = bits.Width() % 8;
+    for (int top = 0; top < bits.Height(); top += side) {
+        std::fill(white.begin(), white.end(), std::uint8_t{0xFF});
+        for (int y = top; y < std::min(top + side, bits.Height()); ++y) {
+            const std::uint8_t* row = bits.TopRow(y);
+            for (std::size_t i = 0; i < white.size(); ++i) white[i] &= row[i];
+        }
+        if (rest != 0) white.back() |= static_cast<std::uint8_t>(0xFF >> rest);
+        std::uint8_t* cell = ink.Row(std::min(rows - 1, top / side));
+        for (std::size_t i = 0; i < white.size(); ++i) {
+            if (white[i] != 0xFF) cell[std::min(columns - 1, static_cast<int>(i) / scale)] = 1;
         }
     }
     return ExtremesOf(ink).lightest;

@@ -6,44 +6,13 @@
 #include <new>
 #include <utility>
 
-#include "picture/GrayLevel.h"
+#include "picture/EveryProcessor.h"
+#include "picture/GrayRow.h"
 
 namespace host {
 namespace {
 
 constexpr std::uint32_t kHeaderBytes = 40;
-
-// Compiled for processors with wide vectors as well, where the compiler can: the fitting one is chosen when
-// the program is loaded.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define HOST_FOR_EVERY_PROCESSOR [[gnu::target_clones("avx2", "default")]]
-#else
-#define HOST_FOR_EVERY_PROCESSOR
-#endif
-
-constexpr int kRun = 64;  // pixels
-
-// A run of pixels in whole numbers; whether one lies in the middle of two levels, where binary fractions of
-// the weights decide.
-HOST_FOR_EVERY_PROCESSOR bool ToGrayRun(const std::uint8_t* from, std::uint8_t* to) {
-    unsigned isMiddle = 0;
-    for (int x = 0; x < kRun; ++x, from += 3) {
-        const unsigned thousandths = Thousandths(from[2], from[1], from[0]);
-        const unsigned level = LevelOf(thousandths);
-        to[x] = static_cast<std::uint8_t>(level);
-        isMiddle |= IsMiddle(level, thousandths);
-    }
-    return isMiddle != 0;
-}
-
-void ToGrayRow(const std::uint8_t* from, int width, std::uint8_t* to) {
-    int x = 0;
-    for (; x + kRun <= width; x += kRun) {
-        if (!ToGrayRun(from + 3 * x, to + x)) continue;
-        for (int i = x; i < x + kRun; ++i) to[i] = GrayOf(from[3 * i + 2], from[3 * i + 1], from[3 * i]);
-    }
-    for (; x < width; ++x) to[x] = GrayOf(from[3 * x + 2], from[3 * x + 1], from[3 * x]);
-}
 
 }  // namespace
 
@@ -141,7 +110,7 @@ HostImage ToColour(const HostImage& image) {
     return colour;
 }
 
-std::int64_t CountBlack(const HostImage& image) {
+HOST_FOR_EVERY_PROCESSOR std::int64_t CountBlack(const HostImage& image) {
     std::int64_t white = 0;
     for (int y = 0; y < image.Height(); ++y) {
         const std::uint8_t* row = image.TopRow(y);

@@ -168,6 +168,7 @@ void WriteTiffPage(TIFF* tiff, const Picture& page, std::size_t index, std::size
     TIFFGetField(tiff, TIFFTAG_ROWSPERSTRIP, &stripRows);
     const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff));
     Buffer strip;  // written as a whole, which libtiff packs faster than row by row
+    strip.reserve(rowBytes * std::min<std::size_t>(stripRows, static_cast<std::size_t>(image.Height())));
     std::uint32_t number = 0;
     for (int y = 0; y < image.Height(); ++y) {
         const std::size_t start = strip.size();

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "automatic/Filters.h"
+#include "picture/GrayRow.h"
 #include "picture/Scaling.h"
 
 namespace host {
@@ -63,6 +64,23 @@ TEST(FiltersTest, AreWhatTheirDefinitionsSay) {
                     ASSERT_NEAR(smooth.Row(y)[x], bell / weights, 2.5) << deviation;
                 }
             }
+        }
+    }
+}
+
+TEST(GrayRowTest, IsTheLuminanceOfEveryColour) {
+    constexpr int kRow = 256 * 256 - 5;  // no whole number of vectors
+    std::vector<std::uint8_t> colours(3 * kRow), gray(kRow);
+    for (int red = 0; red < 256; ++red) {
+        for (int i = 0; i < kRow; ++i) {
+            colours[3 * i] = static_cast<std::uint8_t>(i);
+            colours[3 * i + 1] = static_cast<std::uint8_t>(i / 256);
+            colours[3 * i + 2] = static_cast<std::uint8_t>(red);
+        }
+        ToGrayRow(colours.data(), kRow, gray.data());
+        for (int i = 0; i < kRow; ++i) {
+            const double level = 0.299 * red + 0.587 * colours[3 * i + 1] + 0.114 * colours[3 * i] + 0.5;
+            ASSERT_EQ(gray[i], static_cast<std::uint8_t>(level)) << red << " " << i;
         }
     }
 }
