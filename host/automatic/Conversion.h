@@ -20,6 +20,11 @@ struct ConversionOptions {
     int scale = 1;  // the result's sides in those of the picture, or kAutomaticScale
 };
 
+// Whether a picture and its gray copy give the same: colours are enlarged before they become gray.
+inline bool WorksOnGray(const ConversionOptions& options) {
+    return options.scale == 1 || options.mode.number == kAutomaticMode.number;
+}
+
 struct Conversion {
     HostImage bits;
     HostImage letters;  // see AutomaticResult; empty under other modes

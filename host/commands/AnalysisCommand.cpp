@@ -88,7 +88,9 @@ class Analysis {
 
   private:
     void ReadPages(const std::function<Findings(const Conversion&)>& find, Outcome& outcome) {
-        const auto reader = OpenInput(input, options.files);
+        const bool needsColours = places.overlay.IsWanted() || !WorksOnGray(options.convert.conversion);
+        const auto reader =
+            OpenInput(input, options.files, needsColours ? Colours::kNeeded : Colours::kNotNeeded);
         for (; std::optional<Picture> page = reader->Next(); ++facts.page) {
             outcome.isRead = true;
             facts.width = page->image.Width();

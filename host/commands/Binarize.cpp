@@ -62,9 +62,11 @@ void AddBinarizeCommand(CLI::App& app, ExitCode& code) {
         if (conversion.byBlocks && !conversion.mode.hasBlocks) {
             throw UsageError("mode " + std::string(conversion.mode.name) + " cannot be used with --blocks");
         }
-        code = RunPictureCommand(options->files, options->output, [&options](Picture page, Outcome& outcome) {
-            return Clean(std::move(page), *options, outcome);
-        });
+        const bool isAsDecoded = !options->preparation.IsAny() && WorksOnGray(conversion);
+        code = RunPictureCommand(
+            options->files, options->output,
+            [&options](Picture page, Outcome& outcome) { return Clean(std::move(page), *options, outcome); },
+            isAsDecoded ? Colours::kNotNeeded : Colours::kNeeded);
     });
 }
 

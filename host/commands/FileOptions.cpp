@@ -165,9 +165,9 @@ void CheckPictureName(const std::string& option, const std::string& place, const
     if (!reason.empty()) throw UsageError(what + ": " + reason);
 }
 
-std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options) {
+std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options, Colours colours) {
     if (!input.problem.empty()) FailReading(input.problem);
-    return OpenPicture(input.path, options.maxPixels);
+    return OpenPicture(input.path, options.maxPixels, colours);
 }
 
 InputList InputsOf(const FileOptions& options) {

@@ -91,6 +91,7 @@ void CheckPictureName(const std::string& option, const std::string& place, const
 InputList InputsOf(const FileOptions& options);
 
 // Throws PictureError when the input was no file in the first place.
-std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options);
+std::unique_ptr<PictureReader> OpenInput(const Input& input, const FileOptions& options,
+                                         Colours colours = Colours::kNeeded);
 
 }  // namespace host

@@ -10,7 +10,7 @@
 namespace host {
 
 ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& output,
-                           const std::function<Picture(Picture, Outcome&)>& transform) {
+                           const std::function<Picture(Picture, Outcome&)>& transform, Colours colours) {
     if (output.place.empty()) throw UsageError("-o is required");
     const std::string pattern = output.pattern.empty() ? "{stem}." + output.extension : output.pattern;
     CheckPictureName("-o", output.place, pattern, output.extension, output.bits);
@@ -26,7 +26,7 @@ ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& outpu
             outcome.isSkipped = true;
             return;
         }
-        const auto reader = OpenInput(input, files);
+        const auto reader = OpenInput(input, files, colours);
         while (std::optional<Picture> page = reader->Next()) {
             outcome.isRead = true;
             sink.Add(transform(std::move(*page), outcome));

@@ -10,6 +10,7 @@ namespace host {
 
 // The run of a command that turns every page into another: read, transform, write.
 ExitCode RunPictureCommand(const FileOptions& files, const PictureOptions& output,
-                           const std::function<Picture(Picture, Outcome&)>& transform);
+                           const std::function<Picture(Picture, Outcome&)>& transform,
+                           Colours colours = Colours::kNeeded);
 
 }  // namespace host

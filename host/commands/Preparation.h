@@ -12,6 +12,8 @@ namespace host {
 struct Preparation {
     StraightenOptions straighten;
     double dotsPerInch = 0;  // of the result; 0: as the page
+
+    bool IsAny() const { return straighten.straightens || straighten.crops || dotsPerInch != 0; }
 };
 
 // --dpi; a command that has it takes --scale as well, but not both.

@@ -132,14 +132,14 @@ bool LooksLikePicture(const std::string& path) {
     }
 }
 
-std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels) {
+std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels, Colours colours) {
     std::vector<std::uint8_t> bytes = ReadFile(path);
     if (bytes.empty()) FailReading("is empty");
     switch (KindOf(bytes)) {
         case Kind::kTiff: return ReadTiffPages(std::move(bytes), maxPixels);
         case Kind::kPnm: return ReadPnmPages(std::move(bytes), maxPixels);
         case Kind::kPng: return std::make_unique<SinglePage>(ReadPng(bytes, maxPixels));
-        case Kind::kJpeg: return std::make_unique<SinglePage>(ReadJpeg(bytes, maxPixels));
+        case Kind::kJpeg: return std::make_unique<SinglePage>(ReadJpeg(bytes, maxPixels, colours));
         case Kind::kBmp: return std::make_unique<SinglePage>(ReadBmp(bytes, maxPixels));
 #ifdef TAVRIX_READS_WEBP
         case Kind::kWebp: return std::make_unique<SinglePage>(ReadWebp(bytes, maxPixels));

@@ -15,10 +15,14 @@ namespace host {
 
 using Bytes = std::span<const std::uint8_t>;
 
+// Whether who reads a picture needs its colours. Where not, a decoder may leave out their pass through memory
+// and give what ToGray makes of them.
+enum class Colours { kNeeded, kNotNeeded };
+
 // The decoders; each throws PictureError with a reason in plain words. A page of more than maxPixels is
 // refused before memory is spent on it; others take the picture and at most one working copy of it.
 Picture ReadPng(Bytes bytes, std::int64_t maxPixels);
-Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels);
+Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels, Colours colours);
 Picture ReadBmp(Bytes bytes, std::int64_t maxPixels);
 Picture ReadWebp(Bytes bytes, std::int64_t maxPixels);
 
@@ -47,7 +51,8 @@ std::unique_ptr<PictureReader> ReadPnmPages(std::vector<std::uint8_t> bytes, std
 std::unique_ptr<PictureReader> ReadHeifPages(std::vector<std::uint8_t> bytes, std::int64_t maxPixels);
 
 // path: a file, or "-" for standard input.
-std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels);
+std::unique_ptr<PictureReader> OpenPicture(const std::string& path, std::int64_t maxPixels,
+                                           Colours colours = Colours::kNeeded);
 
 // Whether the file starts like one of the formats; true as well for what cannot be read, which is to be told.
 bool LooksLikePicture(const std::string& path);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "picture/Exif.h"
+#include "picture/GrayRow.h"
 #include "picture/JpegLibrary.h"
 #include "picture/Orientation.h"
 #include "picture/PictureReader.h"
@@ -20,6 +21,8 @@ constexpr int kScansMax = 500;
 // What the decoder may need to keep of a picture: four components of two bytes, and a row of blocks.
 constexpr long kBytesPerPixel = 8;
 constexpr long kBytesAside = 64 << 20;
+// Rows that start at such an address stay in the cache: libjpeg-turbo writes those that are aligned past it.
+constexpr std::size_t kUneven = 8;
 
 struct ErrorManager {
     jpeg_error_mgr base;
@@ -81,17 +84,19 @@ class Decoder {
         return true;
     }
 
-    bool ReadRows(const HostImage& image, JSAMPROW inks) {
+    // aside: room for a row as it is decoded where the image holds it in another form, else null.
+    bool ReadRows(const HostImage& image, JSAMPROW aside) {
         if (setjmp(errors.escape) != 0) return false;
         jpeg.mem->max_memory_to_use = kBytesPerPixel * image.Width() * image.Height() + kBytesAside;
         jpeg_start_decompress(&jpeg);
         while (jpeg.output_scanline < jpeg.output_height) {
             JSAMPROW row = image.TopRow(static_cast<int>(jpeg.output_scanline));
-            if (inks == nullptr) {
-                jpeg_read_scanlines(&jpeg, &row, 1);
+            jpeg_read_scanlines(&jpeg, aside != nullptr ? &aside : &row, 1);
+            if (aside == nullptr) continue;
+            if (image.BitCount() == 8) {
+                ToGrayRow(aside, image.Width(), row);
             } else {
-                jpeg_read_scanlines(&jpeg, &inks, 1);
-                ConvertInks(inks, row);
+                ConvertInks(aside, row);
             }
         }
         return true;
@@ -140,17 +145,20 @@ class Decoder {
 
 }  // namespace
 
-Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels) {
+Picture ReadJpeg(Bytes bytes, std::int64_t maxPixels, Colours colours) {
     Decoder decoder;
     if (!decoder.Start(bytes)) FailReading(decoder.Reason());
     const jpeg_decompress_struct& info = decoder.Info();
     CheckSize(info.image_width, info.image_height, maxPixels);
     const bool hasFourInks = info.out_color_space == JCS_CMYK;
+    const bool becomesGray = info.out_color_space == JCS_EXT_BGR && colours == Colours::kNotNeeded;
     Picture picture{HostImage::Unset(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
-                                     info.num_components == 1 ? 8 : 24),
+                                     info.num_components == 1 || becomesGray ? 8 : 24),
                     decoder.JfifResolution()};
-    std::vector<std::uint8_t> inks(hasFourInks ? std::size_t{4} * info.image_width : 0);
-    if (!decoder.ReadRows(picture.image, hasFourInks ? inks.data() : nullptr)) FailReading(decoder.Reason());
+    const std::size_t samples = hasFourInks ? 4 : becomesGray ? 3 : 0;
+    std::vector<std::uint8_t> aside(samples * info.image_width + kUneven);
+    if (!decoder.ReadRows(picture.image, samples != 0 ? aside.data() + kUneven : nullptr))
+        FailReading(decoder.Reason());
     const ExifFacts exif = decoder.Exif();
     if (!picture.resolution.IsKnown()) picture.resolution = exif.resolution;
     Orient(picture, exif.orientation);
