@@ -132,7 +132,7 @@ class ColumnTable {
     TurnedColumns View() const { return {offset.data(), x.data(), y.data()}; }
 
   private:
-    std::vector<std::ptrdiff_t> offset;
+    std::vector<std::size_t> offset;
     std::vector<float> x, y;
 };
 
@@ -152,8 +152,8 @@ ColumnTable::ColumnTable(const Turn& turn, const DibImage& source) {
         const double wholeX = std::floor(right), wholeY = std::floor(below);
         x[column] = weight(right - wholeX);
         y[column] = weight(below - wholeY);
-        offset[column] = static_cast<std::ptrdiff_t>(wholeY) * source.RowBytes() +
-                         static_cast<std::ptrdiff_t>(wholeX) * (source.header->biBitCount / 8);
+        offset[column] = static_cast<std::size_t>(static_cast<int>(wholeY)) * source.RowBytes() +
+                         static_cast<std::size_t>(static_cast<int>(wholeX)) * (source.header->biBitCount / 8);
     }
 }
 

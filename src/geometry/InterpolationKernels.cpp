@@ -108,8 +108,8 @@ struct Eight {
 };
 
 template <int kPixelBytes>
-[[gnu::always_inline]] inline Eight LoadEight(const Byte* source, const std::ptrdiff_t* offset,
-                                              std::ptrdiff_t start) {
+[[gnu::always_inline]] inline Eight LoadEight(const Byte* source, const std::size_t* offset,
+                                              std::size_t start) {
     const auto at = [&](int i) { return source + (start + offset[i]); };
     const auto joined = [](__m128i first, __m128i second) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
@@ -195,7 +195,7 @@ struct Quad {
 // Writes eight pixels. Gives a bit for each that is in doubt.
 template <int kPixelBytes>
 [[gnu::always_inline]] inline unsigned EstimateEight(const Byte* source, std::uint32_t rowBytes,
-                                                     std::ptrdiff_t start, const TurnedColumns& columns,
+                                                     std::size_t start, const TurnedColumns& columns,
                                                      int column, Byte* target) {
     const Eight near = LoadEight<kPixelBytes>(source, columns.offset + column, start);
     const Eight far = LoadEight<kPixelBytes>(source, columns.offset + column, start + rowBytes);
@@ -254,18 +254,17 @@ void InterpolateRow(const TurnedRow& row, const TurnedColumns& columns, const By
         return;
     }
     const auto bytes = [&](double right, double below) {
-        return static_cast<std::ptrdiff_t>(below) * static_cast<std::ptrdiff_t>(rowBytes) +
-               static_cast<std::ptrdiff_t>(right) * kPixelBytes;
+        return static_cast<std::size_t>(static_cast<int>(below)) * rowBytes +
+               static_cast<std::size_t>(static_cast<int>(right)) * kPixelBytes;
     };
-    const std::ptrdiff_t start = bytes(row.a + row.halfWidth, row.b + row.halfHeight);
-    const auto ahead = reinterpret_cast<std::uintptr_t>(source) + static_cast<std::uintptr_t>(start) +
-                       static_cast<std::uintptr_t>(bytes(kRowsAhead * row.sine, kRowsAhead * row.cosine));
+    const std::size_t start = bytes(row.a + row.halfWidth, row.b + row.halfHeight);
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(source) + start +
+                                 bytes(kRowsAhead * row.sine, kRowsAhead * row.cosine);
     const int step = ColumnsOfLine(row.sine);
     for (int next = first; next < last; next += kLanes) {
         const int column = next < last - kLanes ? next : last - kLanes;  // the last overlap those before
         for (int i = 0; i < kLanes; i += step) {
-            __builtin_prefetch(reinterpret_cast<const void*>(
-                ahead + static_cast<std::uintptr_t>(columns.offset[column + i])));
+            __builtin_prefetch(reinterpret_cast<const void*>(ahead + columns.offset[column + i]));
         }
         unsigned inDoubt = EstimateEight<kPixelBytes>(source, rowBytes, start, columns, column,
                                                       target + column * kPixelBytes);

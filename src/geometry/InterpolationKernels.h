@@ -24,11 +24,12 @@ struct TurnedRow {
 };
 
 // What the columns of a turned picture have in common in every row, since a row adds whole pixels only: the
-// offset in bytes of the source pixel that a column reads, counted from that of the row, and the weights of
-// the neighbours to the right and below, to float's precision. Columns whose position lies too near a whole
-// pixel to tell which side it falls on have no number as weights. All null where there is no such table.
+// offset in bytes of the source pixel that a column reads, to be added to that of the row (both wrap), and
+// the weights of the neighbours to the right and below, to float's precision. Columns whose position lies too
+// near a whole pixel to tell which side it falls on have no number as weights. All null where there is no
+// such table.
 struct TurnedColumns {
-    const std::ptrdiff_t* offset;
+    const std::size_t* offset;
     const float* x;
     const float* y;
 };

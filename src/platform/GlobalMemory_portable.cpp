@@ -114,6 +114,7 @@ enum class Content { kZeros, kAnything };
 void AskForLargePages([[maybe_unused]] const Block& block) {
 #ifdef __linux__
     constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
+    if (block.size < kLargePage) return;
     const std::uintptr_t first = (NumberOf(block.data) + kLargePage - 1) / kLargePage * kLargePage;
     const std::uintptr_t end = (NumberOf(block.data) + block.size) / kLargePage * kLargePage;
     if (first < end) madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);

@@ -142,7 +142,7 @@ void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels:
             rounded(std::sin(theta)), rounded(std::cos(theta)), 70.0, 3.0, i % 16 - 8.0, 15.0, 200.0};
         const int first = 70, last = first + width;  // inside the source whatever the angle
         Bytes expected(static_cast<std::size_t>(pixelBytes * (last + 9)), 77);
-        std::vector<std::ptrdiff_t> offset(last);
+        std::vector<std::size_t> offset(last);
         std::vector<float> weightX(last), weightY(last);
         for (int column = first; column < last; ++column) {
             const double dx = column - row.centre;
@@ -150,7 +150,7 @@ void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels:
             const double sy = row.b - dx * row.sine + row.halfHeight;
             const int ix = static_cast<int>(sx), iy = static_cast<int>(sy);
             const double x = sx - ix, y = sy - iy;
-            const std::ptrdiff_t start = std::ptrdiff_t{kRowBytes} * iy + pixelBytes * ix;
+            const std::size_t start = std::size_t{kRowBytes} * iy + pixelBytes * ix;
             for (int k = 0; k < pixelBytes; ++k) {
                 const Byte* near = &source[start + k];
                 const Byte* far = near + kRowBytes;
@@ -158,8 +158,8 @@ void CheckInterpolation(InterpolationKernels::Interpolate* InterpolationKernels:
                     static_cast<Byte>(x * (y * far[pixelBytes] + (1 - y) * near[pixelBytes]) +
                                       (1 - x) * ((1 - y) * near[0] + y * far[0]));
             }
-            offset[column] = start - static_cast<std::ptrdiff_t>(kRowBytes * (row.b + row.halfHeight) +
-                                                                 pixelBytes * (row.a + row.halfWidth));
+            offset[column] = start - static_cast<std::size_t>(kRowBytes * (row.b + row.halfHeight) +
+                                                              pixelBytes * (row.a + row.halfWidth));
             weightX[column] = static_cast<float>(x);
             weightY[column] = static_cast<float>(y);
         }
