@@ -223,7 +223,7 @@ EXPORTS = {
     "FindCardLogo": of_store("FindCardLogo", _LINKS, "nodes"),
     "RotateGrayImage": Export(of_gray(library.RotateGrayImage, 90), 2, "bandwidth and cache misses: rows on one side are columns on the other"),
     "RotateImageFree, gray": Export(rotated("gray"), 1, _FREE, also=("result",)),
-    "RotateImageFree, colour": Export(rotated("colour"), 3, _FREE + ", thrice; of large results also first touch", also=("result",)),
+    "RotateImageFree, colour": Export(rotated("colour"), 3, _FREE + ", thrice; of large pictures also cache misses", also=("result",)),
     "RotateFree, colour": Export((Input, "colour", rotated_twice), 3, "the same, and a copy of the result", also=("result",) * 3),
     "RotateImageBlock, quarter turn": Export(block(1), 0.25, "arithmetic: 8 x 8 bits transposed at a time"),
     "RotateImageBlock, half turn": Export(block(2), 0.25, "arithmetic: bits reversed in bytes and shifted"),
