@@ -172,9 +172,10 @@ void TransposeBytes(const Byte* source, std::ptrdiff_t sourceStride, int width, 
                     std::ptrdiff_t targetStride) {
 #ifndef TAVRIX_PLAIN_KERNELS
     if (width >= kStrip && height >= kRows) {
-        // In bands of rows that fill whole cache lines of the target; the last tile of a row or column
-        // overlaps the one before.
-        constexpr int kBand = 64;
+        // In bands of rows, so that a column becomes a run of whole cache lines of the target, while the
+        // lines that are read stay in the first cache; the last tile of a row or column overlaps the one
+        // before.
+        constexpr int kBand = 256;
         for (int top = 0; top < height; top += kBand) {
             for (int column = 0; column < width; column += kStrip) {
                 const int x = column < width - kStrip ? column : width - kStrip;
