@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <semaphore>
 #include <span>
 #include <system_error>
 #include <thread>
@@ -18,11 +19,17 @@
 namespace host {
 namespace {
 
+// Those that may work at the same time; null outside of runs with more threads.
+thread_local std::counting_semaphore<>* seats = nullptr;
+
 class Run {
   public:
-    Run(const InputList& allInputs, const JobOptions& options,
+    Run(const InputList& allInputs, const JobOptions& options, std::size_t jobs,
         const std::function<void(const Input&, Outcome&)>& task)
-        : inputs(allInputs), work(task), progress(allInputs.size(), options.isQuiet) {
+        : inputs(allInputs),
+          work(task),
+          progress(allInputs.size(), options.isQuiet),
+          freeSeats(static_cast<std::ptrdiff_t>(jobs)) {
         TavrixSetMessageHandler(PassMessage, this);
     }
     ~Run() { TavrixSetMessageHandler(nullptr, nullptr); }
@@ -31,7 +38,11 @@ class Run {
 
     // Takes inputs until none is left.
     void WorkThrough() {
+        freeSeats.acquire();
+        seats = &freeSeats;
         for (std::size_t i = next++; i < inputs.size() && !isCut; i = next++) WorkOn(i);
+        seats = nullptr;
+        freeSeats.release();
     }
 
     // "n done, n skipped (not a picture), n failed", and what else was left out.
@@ -112,6 +123,7 @@ class Run {
     const std::function<void(const Input&, Outcome&)>& work;
     std::mutex mutex;
     Progress progress;
+    std::counting_semaphore<> freeSeats;
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> isCut = false;  // nobody reads standard output any more
     std::map<std::size_t, std::string> waiting;
@@ -127,12 +139,22 @@ thread_local const Input* Run::current = nullptr;
 
 }  // namespace
 
+DiskWait::DiskWait() {
+    if (seats != nullptr) seats->release();
+}
+
+DiskWait::~DiskWait() {
+    if (seats != nullptr) seats->acquire();
+}
+
 ExitCode RunJobs(const InputList& inputs, const JobOptions& options,
                  const std::function<void(const Input&, Outcome&)>& work) {
-    Run run(inputs, options, work);
     const unsigned asked =
         options.threads > 0 ? static_cast<unsigned>(options.threads) : std::thread::hardware_concurrency();
-    const std::size_t threadCount = std::min<std::size_t>(std::max(asked, 1U), inputs.size());
+    const std::size_t jobs = std::min<std::size_t>(std::max(asked, 1U), inputs.size());
+    // Several jobs have one more thread, which works while another one waits for the disk.
+    const std::size_t threadCount = jobs > 1 && jobs < inputs.size() ? jobs + 1 : jobs;
+    Run run(inputs, options, jobs, work);
     std::vector<std::jthread> threads;
     try {
         for (std::size_t i = 1; i < threadCount; ++i) threads.emplace_back([&run] { run.WorkThrough(); });

@@ -32,4 +32,13 @@ struct Outcome {
 ExitCode RunJobs(const InputList& inputs, const JobOptions& options,
                  const std::function<void(const Input&, Outcome&)>& work);
 
+// While one of these lives, its thread waits for the disk: the run may work on another picture meanwhile.
+class DiskWait {
+  public:
+    DiskWait();
+    ~DiskWait();
+    DiskWait(const DiskWait&) = delete;
+    DiskWait& operator=(const DiskWait&) = delete;
+};
+
 }  // namespace host

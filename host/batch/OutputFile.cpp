@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "batch/Jobs.h"
 #include "batch/TemporaryNames.h"
 #include "picture/Picture.h"
 
@@ -161,6 +162,7 @@ void WriteWhole(const std::string& path, std::span<const std::uint8_t> bytes, co
     if (!source.empty() && source != "-") {
         properties.source = Absolute(source).lexically_relative(Absolute(target).parent_path()).string();
     }
+    const DiskWait wait;  // not for fsync alone: a new file waits for the blocks of those before it
     int code = 0;
     if (!WriteUnnamed(target, bytes, properties, code)) code = WriteNamed(target, bytes, properties);
     if (code != 0) Fail(path, code);
