@@ -15,6 +15,7 @@
 namespace host {
 namespace {
 
+constexpr int kUsualLetters = 16;  // pixels, where one reading has to do
 constexpr int kSmallLetters = 20;  // pixels: below that twice the size reads better
 
 // Rows from the top, as the edges and the tree count them.
@@ -117,7 +118,7 @@ std::vector<Area> FindTextLetters(const HostImage& gray) {
 }
 
 TextReading ReadText(const HostImage& gray) {
-    const Pass pass = Read(TopDown(gray), 0);
+    const Pass pass = Read(TopDown(gray), kUsualLetters);
     return {pass.tree.Paint(pass.ink.areas), FindTextRows(pass.tree, pass.ink.areas)};
 }
 

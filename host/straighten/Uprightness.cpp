@@ -27,6 +27,8 @@ constexpr double kStraight = 0.04;
 constexpr double kRagged = 0.08;
 constexpr double kSlant = 0.35;                // of a straight side, as in italics
 constexpr double kNarrow = 0.35, kWide = 1.3;  // widths of letters in their heights
+constexpr double kContradiction = 2;           // standard deviations, of stems and the rest for unlike ways
+constexpr double kMajority = 2;                // for one way beside those for the other
 constexpr double kStemShare = 0.08;            // of the letters; figures have stems to the right, but few
 
 double MiddleOf(std::vector<double> values) {
@@ -50,6 +52,13 @@ int CloseLetters(const TextRow& row) {
 struct Votes {
     int upright = 0, upsideDown = 0;
 };
+
+// In standard deviations; 0 where the letters do not agree well.
+double Surplus(const Votes& votes) {
+    const auto [fewer, more] = std::minmax({votes.upright, votes.upsideDown});
+    if (more < kMajority * fewer) return 0;
+    return (votes.upright - votes.upsideDown) / std::sqrt(std::max(1, fewer + more));
+}
 
 // Where the letters of a row stand, without its slant.
 class RowLines {
@@ -173,9 +182,15 @@ Uprightness UprightnessOf(const HostImage& gray) {
             CountStem(reading.ink, letter, stems);
         }
     }
-    if (std::abs(stems.upright - stems.upsideDown) < kStemShare * count) stems = {};
-    const int upright = ends.upright + stems.upright, upsideDown = ends.upsideDown + stems.upsideDown;
-    result.surplus = (upright - upsideDown) / std::sqrt(std::max(1, upright + upsideDown));
+    // Few stems count only against: figures have some to the right, and Greek and Cyrillic letters, which
+    // reach below the line more often than above, to the left.
+    const double surplus = Surplus({ends.upright + stems.upright, ends.upsideDown + stems.upsideDown});
+    const bool areFew = std::abs(stems.upright - stems.upsideDown) < kStemShare * count;
+    const double sure = areFew ? Surplus(ends) : surplus;
+    const double above = Surplus(ends), left = Surplus(stems);
+    const bool contradict = above * left < 0 && std::min(std::fabs(above), std::fabs(left)) >= kContradiction;
+    if (surplus * sure > 0 && !contradict)
+        result.surplus = std::fabs(sure) < std::fabs(surplus) ? sure : surplus;
     return result;
 }
 
