@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include "batch/OutputNames.h"
 #include "batch/Printable.h"
@@ -39,6 +40,33 @@ void OccupyStandardStreams() {
     }
 }
 
+// The command of that name alone, since making all of them takes longer than a small picture; all where there
+// is none of it.
+void AddCommands(CLI::App& app, std::string_view name, ExitCode& code) {
+    struct {
+        std::string_view name;
+        void (*add)(CLI::App&, ExitCode&);
+    } constexpr kCommands[] = {
+        {"scan", AddScanCommand},
+        {"binarize", AddBinarizeCommand},
+        {"compare", AddCompareCommand},
+        {"card", AddCardCommand},
+        {"components", AddComponentsCommand},
+        {"lines", AddLinesCommand},
+        {"trueline", AddTrueLineCommand},
+        {"logo", AddLogoCommand},
+        {"rotate", AddRotateCommand},
+        {"turn", AddTurnCommand},
+        {"pad", AddPadCommand},
+        {"morph", AddMorphCommand},
+    };
+    for (const auto& command : kCommands) {
+        if (command.name == name) return command.add(app, code);
+    }
+    for (const auto& command : kCommands) command.add(app, code);
+    AddModesCommand(app);
+}
+
 ExitCode Fail(const char* reason, ExitCode code) {
     std::fprintf(stderr, "tavrix: %s\n", Printable(reason).c_str());
     return code;
@@ -61,12 +89,7 @@ int main(int argc, char** argv) {
                "tavrix --help and tavrix COMMAND --help say more\n";
     });
     ExitCode code = kDone;
-    for (const auto add : {AddScanCommand, AddBinarizeCommand, AddCompareCommand, AddCardCommand,
-                           AddComponentsCommand, AddLinesCommand, AddTrueLineCommand, AddLogoCommand,
-                           AddRotateCommand, AddTurnCommand, AddPadCommand, AddMorphCommand}) {
-        add(app, code);
-    }
-    AddModesCommand(app);
+    AddCommands(app, argc > 1 ? argv[1] : "", code);
     try {
         CheckCommandName(app, argc, argv);
         app.parse(argc, argv);
