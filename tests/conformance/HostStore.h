@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "GlobalMemory.h"
 #include "tavrix/tavrix.h"
 
 namespace tavrix::conformance {

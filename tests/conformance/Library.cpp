@@ -78,6 +78,21 @@ Library::~Library() {
 #endif
 }
 
+void Library::ChooseMemory() const {
+#if !defined(_WIN32) && !defined(__EMSCRIPTEN__)
+    const auto find = [this]<class Function>(const char* name, Function& function) {
+        function = reinterpret_cast<Function>(AddressOf(name));
+        Require(function != nullptr, name);
+    };
+    find("GlobalAlloc", GlobalAlloc);
+    find("GlobalLock", GlobalLock);
+    find("GlobalFree", GlobalFree);
+    find("GlobalHandle", GlobalHandle);
+    find("GlobalSize", GlobalSize);
+    find("GlobalFlags", GlobalFlags);
+#endif
+}
+
 void* Library::AddressOf(const std::string& name) const {
 #ifdef __EMSCRIPTEN__
     for (const ExportInfo& info : kExports) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Checks.h"
+#include "GlobalMemory.h"
 #include "tavrix/tavrix.h"
 
 namespace tavrix::conformance {
@@ -81,6 +82,8 @@ class Library {
     Library& operator=(const Library&) = delete;
 
     bool IsLoaded() const { return module != nullptr; }
+    // The cases that follow have their pictures in this build's memory.
+    void ChooseMemory() const;
     void RequireEveryExportCalled() const;
 
     template <class Function>

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "GlobalMemory.h"
 #include "tavrix/tavrix.h"
 
 namespace tavrix::conformance {

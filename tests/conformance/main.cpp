@@ -133,7 +133,9 @@ void CompareBuilds(Library& library, const Cases& cases, const char* path) {
     for (const Case& one : cases) {
         Outcome here;
         Outcome there;
+        library.ChooseMemory();
         one.run(library, here);
+        other.ChooseMemory();
         one.run(other, there);
         const std::string difference = here.DifferenceTo(there);
         if (!difference.empty()) Show(one.name, difference);
@@ -160,6 +162,7 @@ int Run(const std::vector<const char*>& arguments) {
     {
         Library library(arguments[0]);
         if (!library.IsLoaded()) return 1;
+        library.ChooseMemory();
         const Cases cases = AllCases();
         RequireUniqueNames(cases);
         if (option == "--dump") {
