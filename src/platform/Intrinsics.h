@@ -10,9 +10,13 @@
 #define SIMDE_ENABLE_NATIVE_ALIASES
 #include <simde/x86/sse2.h>
 #ifdef __wasm_simd128__
-// Of SIMDe's own one a bit at a time is worked out.
+// SIMDe's own ones work out a bit and a word at a time.
 #undef _mm_movemask_epi8
 #define _mm_movemask_epi8(bytes) static_cast<int>(wasm_i8x16_bitmask(bytes))
+#undef _mm_mulhi_epu16
+#define _mm_mulhi_epu16(a, b)                                                                                \
+    wasm_i16x8_shuffle(wasm_u32x4_extmul_low_u16x8(a, b), wasm_u32x4_extmul_high_u16x8(a, b), 1, 3, 5, 7, 9, \
+                       11, 13, 15)
 #endif
 #endif
 #endif
